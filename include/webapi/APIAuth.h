@@ -1,0 +1,31 @@
+#pragma once
+
+#include <webapi/Export.h>
+
+namespace ORBO {
+
+class APIRequest;
+class APIResponse;
+
+// Permission checks that handlers may call themselves.
+class WEBAPI_EXPORT APIAuth {
+ public:
+  APIAuth() = delete;
+
+  // Whether the class of `userName` ("admin" or "normal" by the request's
+  // session, "domain" for a name with a backslash, else "ldap" for one with
+  // "@", else "local") stands in the "allowUser" of the request's API.  False
+  // for a null name, and for an API that names no classes.
+  static bool CheckAllowUser(APIRequest* request, const char* userName);
+
+  // Checks the session `sessionId` and the rights of the request's user.  False
+  // with error 105 on every refusal; false also when the response already
+  // carries an error.
+  static bool CheckPermission(APIRequest* request, APIResponse* response, const char* sessionId,
+                              bool allowTimeout);
+
+  // Marks the request's session as active now.  False if there is none.
+  static bool UpdateTimeout(APIRequest* request);
+};
+
+}  // namespace ORBO

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <memory>
+#include <string>
+
+#include <webapi/APIRunner.h>
+#include <webapi/Export.h>
+
+struct OrboCgi;
+
+namespace ORBO {
+
+// Serves one HTTP request in a CGI program (RFC 3875):
+//
+//   int main(int argc, char** argv) {
+//     ORBO::WebEntry entry;
+//     entry.SetArgs(argc, argv);
+//     entry.Run(Json::Value());
+//   }
+//
+// Reads the CGI environment, the query string and the body, checks permission,
+// runs the API, and writes headers and JSON to standard output.  The working
+// directory must be the web-API directory.  Construct, Run once, destroy.
+class WEBAPI_EXPORT WebEntry : public APIRunner {
+ public:
+  WebEntry();
+  // Deletes the temporary files of the request.
+  ~WebEntry();
+
+  // --- Virtual operations of APIRunner ---
+
+  // `options` is not used: everything comes from the CGI environment.  The
+  // answer is written whatever happens, unless the handler switched the output
+  // off.  Throws nothing.
+  void Run(const Json::Value& options) override;
+  bool Initialize(const Json::Value& options) override;
+  // True unless the description's "authLevel" is 0.  What is no integer counts
+  // as 1.
+  bool NeedPermission(APIRequest* request) override;
+  bool CheckPermission(APIRequest* request, APIResponse* response) override;
+  bool HandleUpload(APIRequest* request, APIResponse* response) override;
+  // True when "authLevel" is 2: the check is made and its failure ignored.
+  bool SkipPermission(APIRequest* request) override;
+
+  // The session check alone: an error code, 0 when passed.
+  int CheckPermission(bool allowTimeout);
+
+  // --- Parameters ---
+
+  // Fills params["getParam"] from the query string and params["postParam"] from
+  // the body.  False with error 101 if either cannot be used.
+  bool InitParam(Json::Value& params);
+  bool InitGetParam(Json::Value& out);
+  // Reads the body from standard input.  False for an upload, a body without
+  // length, or one above the platform's limit.
+  bool InitPostParam(Json::Value& out);
+  // Decodes one parameter line and opens what is enciphered in it.
+  bool DetectAndDecryptParamLine(const std::string& line, Json::Value& out);
+  // Opens one enciphered text into `out`.
+  bool DecryptParam(const std::string& text, Json::Value& out);
+  // Opens the AES pair in `params`, if there is one.
+  bool DecryptAESParam(Json::Value& params);
+
+  // --- Output ---
+
+  // Writes the header block with its closing empty line.  Headers and cookies
+  // that hold CR, LF or NUL are left out and logged.
+  void OutputHeader();
+  // Writes the JSON body and flushes standard output.
+  void OutputBody();
+  // Runs the response's callbacks in a detached process.  Returns that
+  // process's id, a negative value if it could not be started, 0 when there is
+  // nothing to run.
+  int HandleCallback(APIResponse* response);
+
+ private:
+  bool ProcessRelay(APIRequest* request, APIResponse* response);
+
+  Json::Value temp_files_;         // paths to delete at the end
+  std::unique_ptr<OrboCgi> cgi_;   // the platform's record of this request
+  Json::Value perm_info_;          // results of the permission check
+};
+
+// Asks the platform to restart the web server; usable as a callback, its
+// argument is not used.
+WEBAPI_EXPORT void RestartHttpd(void* argument);
+
+}  // namespace ORBO

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+
+// Text and JSON utilities of the platform.
+namespace ORBO::WebAPIUtil {
+
+// Reads the file `path` as one JSON value (comments are allowed).  False, and
+// `out` unchanged, if it cannot be read or is malformed.
+bool ReadJsonFile(const std::string& path, Json::Value& out);
+
+// Splits `text` at every character of the one-character text `separator` into
+// an array of strings.  Blanks and tabs around the pieces are trimmed; empty
+// pieces stay.
+Json::Value ParseToArray(const std::string& text, const std::string& separator);
+
+// Resolves "%XX"; an escape that is malformed stays as it is.  "+" becomes a
+// blank only if `keepPlus` is false.
+std::string URLDecode(const std::string& text, bool keepPlus);
+
+// Percent-encodes every byte but the unreserved characters of RFC 3986 (letters,
+// digits, "-", ".", "_", "~").
+std::string URLEncode(const std::string& text);
+
+// Adds each pair of a line "name=value&name=value" to the object `target`
+// (null counts as an empty one).  Names and values are percent-decoded with "+"
+// as a blank when `decode` is true; the last pair of a name wins; a piece
+// without "=" is a name with an empty value, an empty piece is nothing.  When
+// `typed` is true a value that is exactly one JSON text becomes that value; any
+// other value is a string.  False if `target` is no object, or if the line has
+// more than 4096 pairs; `target` is unchanged then.
+bool strPairToJsonObj(const std::string& line, Json::Value& target, bool decode, bool typed);
+
+}  // namespace ORBO::WebAPIUtil

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace ORBO {
+
+// Reads the whole regular file `path` into `out`.  False, with `errno` set, if
+// it cannot be opened or read or is no regular file; `out` is unchanged then.
+bool ReadWholeFile(const std::string& path, std::string& out);
+
+// Reads at most `limit` bytes from `descriptor` up to its end into `out`, in
+// pieces, so that memory follows what really arrives.  False, with `errno` set,
+// on an error.
+bool ReadUpTo(int descriptor, unsigned long long limit, std::string& out);
+
+}  // namespace ORBO

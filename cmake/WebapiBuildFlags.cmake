@@ -1,0 +1,22 @@
+# webapi_build_flags: how the library's own code is compiled.
+#
+# A CGI process lives for one request, so the library is built for few
+# relocations and few touched pages rather than for throughput.
+add_library(webapi_build_flags INTERFACE)
+target_compile_definitions(webapi_build_flags INTERFACE _FILE_OFFSET_BITS=64)
+target_compile_options(webapi_build_flags INTERFACE
+  -fvisibility=hidden
+  -fvisibility-inlines-hidden
+  -ffunction-sections
+  -fdata-sections
+  -fno-semantic-interposition)
+
+# Sanitizers reach every target, the tests and test modules included.
+if(WEBAPI_SANITIZE)
+  add_compile_options(-fsanitize=${WEBAPI_SANITIZE} -fno-sanitize-recover=all
+    -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${WEBAPI_SANITIZE})
+endif()
+
+# Unused sections and libraries cost load time in every process.
+add_link_options(-Wl,-O1 -Wl,--as-needed -Wl,--gc-sections)

@@ -1,0 +1,43 @@
+# What other projects need to build against an installed library.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/webapi"
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.h")
+
+install(TARGETS webapi
+  EXPORT webapi-KEP5-targets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(webapi_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/webapi-KEP5")
+install(EXPORT webapi-KEP5-targets NAMESPACE ORBO:: DESTINATION "${webapi_package_dir}")
+configure_package_config_file(
+  "${PROJECT_SOURCE_DIR}/cmake/webapi-KEP5-config.cmake.in"
+  "${PROJECT_BINARY_DIR}/webapi-KEP5-config.cmake"
+  INSTALL_DESTINATION "${webapi_package_dir}"
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/webapi-KEP5-config-version.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  "${PROJECT_BINARY_DIR}/webapi-KEP5-config.cmake"
+  "${PROJECT_BINARY_DIR}/webapi-KEP5-config-version.cmake"
+  "${PROJECT_SOURCE_DIR}/cmake/WebapiHandler.cmake"
+  DESTINATION "${webapi_package_dir}")
+
+# The prefix is found from the file's own place, so that the tree can be moved.
+set(webapi_pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH webapi_pkgconfig_prefix
+  "/prefix/${webapi_pkgconfig_dir}" "/prefix")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/webapi-KEP5.pc.in"
+  "${PROJECT_BINARY_DIR}/webapi-KEP5.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/webapi-KEP5.pc" DESTINATION "${webapi_pkgconfig_dir}")
+
+# Descriptions belong to the web-API directory; anything else is reference data.
+if(EXISTS "${PROJECT_SOURCE_DIR}/data")
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/data/" DESTINATION "${WEBAPI_API_DESTINATION}"
+    FILES_MATCHING PATTERN "*.lib" PATTERN "lib.def")
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/data/"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/webapi-KEP5"
+    PATTERN "*.lib" EXCLUDE
+    PATTERN "lib.def" EXCLUDE
+    PATTERN "CMakeLists.txt" EXCLUDE)
+endif()

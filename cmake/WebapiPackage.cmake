@@ -4,22 +4,22 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/webapi"
   FILES_MATCHING PATTERN "*.h")
 
 install(TARGETS webapi
-  EXPORT webapi-KEP5-targets
+  EXPORT webapi-KEP5Targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(webapi_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/webapi-KEP5")
-install(EXPORT webapi-KEP5-targets NAMESPACE ORBO:: DESTINATION "${webapi_package_dir}")
+install(EXPORT webapi-KEP5Targets NAMESPACE ORBO:: DESTINATION "${webapi_package_dir}")
 configure_package_config_file(
-  "${PROJECT_SOURCE_DIR}/cmake/webapi-KEP5-config.cmake.in"
-  "${PROJECT_BINARY_DIR}/webapi-KEP5-config.cmake"
+  "${PROJECT_SOURCE_DIR}/cmake/webapi-KEP5Config.cmake.in"
+  "${PROJECT_BINARY_DIR}/webapi-KEP5Config.cmake"
   INSTALL_DESTINATION "${webapi_package_dir}"
   NO_SET_AND_CHECK_MACRO)
-write_basic_package_version_file("${PROJECT_BINARY_DIR}/webapi-KEP5-config-version.cmake"
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/webapi-KEP5ConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 install(FILES
-  "${PROJECT_BINARY_DIR}/webapi-KEP5-config.cmake"
-  "${PROJECT_BINARY_DIR}/webapi-KEP5-config-version.cmake"
+  "${PROJECT_BINARY_DIR}/webapi-KEP5Config.cmake"
+  "${PROJECT_BINARY_DIR}/webapi-KEP5ConfigVersion.cmake"
   "${PROJECT_SOURCE_DIR}/cmake/WebapiHandler.cmake"
   DESTINATION "${webapi_package_dir}")
 

@@ -3,7 +3,10 @@
 # A CGI process lives for one request, so the library is built for few
 # relocations and few touched pages rather than for throughput.
 add_library(webapi_build_flags INTERFACE)
-target_compile_definitions(webapi_build_flags INTERFACE _FILE_OFFSET_BITS=64)
+# JSON_DLL_BUILD: jsoncpp's headers then give its classes the visibility that they
+# have.  A template over a hidden class is hidden, and some of the library's public
+# templates are over Json::Value.
+target_compile_definitions(webapi_build_flags INTERFACE _FILE_OFFSET_BITS=64 JSON_DLL_BUILD)
 target_compile_options(webapi_build_flags INTERFACE
   -fvisibility=hidden
   -fvisibility-inlines-hidden

@@ -5,7 +5,8 @@ set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_CXX_COMPILER g++)
 set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
 
-get_filename_component(webapi_default_sysroot "${CMAKE_CURRENT_LIST_DIR}/../build/i386-sysroot" ABSOLUTE)
+get_filename_component(webapi_default_sysroot
+  "${CMAKE_CURRENT_LIST_DIR}/../build/i386-sysroot" ABSOLUTE)
 set(WEBAPI_I386_SYSROOT "${webapi_default_sysroot}" CACHE PATH "Folder with the i386 packages")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES WEBAPI_I386_SYSROOT)
 if(NOT EXISTS "${WEBAPI_I386_SYSROOT}/usr/lib/i386-linux-gnu")
@@ -27,4 +28,5 @@ set(ENV{PKG_CONFIG_SYSROOT_DIR} "${WEBAPI_I386_SYSROOT}")
 add_compile_options(-m32 -march=i686 -msse2 -mfpmath=sse)
 add_compile_options("SHELL:-isystem ${WEBAPI_I386_SYSROOT}/usr/include/i386-linux-gnu")
 # DT_RPATH, unlike DT_RUNPATH, is searched for the libraries' own libraries too.
-add_link_options(-m32 -Wl,--disable-new-dtags)
+add_link_options(-m32 -Wl,--disable-new-dtags
+  "-Wl,-rpath,${WEBAPI_I386_SYSROOT}/usr/lib/i386-linux-gnu")

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "support/WebServer.h"
+
+namespace e2e {
+
+// Tests that run under every web server; one server of each kind serves all of
+// them.
+class ServerTest : public ::testing::TestWithParam<ServerKind> {
+ protected:
+  static WebServer& server() {
+    std::unique_ptr<WebServer>& server = servers_[GetParam()];
+    if (!server) {
+      server = std::make_unique<WebServer>(GetParam());
+    }
+    return *server;
+  }
+
+ private:
+  static inline std::map<ServerKind, std::unique_ptr<WebServer>> servers_;
+};
+
+inline std::string ServerName(const ::testing::TestParamInfo<ServerKind>& info) {
+  return info.param == ServerKind::kLighttpd ? "lighttpd" : "apache";
+}
+
+#define E2E_UNDER_EVERY_SERVER(suite) \
+  INSTANTIATE_TEST_SUITE_P(           \
+      Web, suite, ::testing::Values(ServerKind::kLighttpd, ServerKind::kApache), ServerName)
+
+// The query of a method of the probe API.
+inline std::string Probe(const std::string& method, const std::string& parameters = "") {
+  return "api=ORBO.Test.Probe&version=1&method=" + method +
+         (parameters.empty() ? "" : "&" + parameters);
+}
+
+// The two shapes of an answer, as bytes.
+inline std::string Success(const std::string& data) {
+  return "{\"data\":" + data + ",\"success\":true}\n";
+}
+inline std::string Failure(int code) {
+  return "{\"error\":{\"code\":" + std::to_string(code) + "},\"success\":false}\n";
+}
+
+// A value as it stands in a query or form.
+inline std::string Escape(const std::string& text) {
+  static const char kDigits[] = "0123456789ABCDEF";
+  std::string escaped;
+  for (const char character : text) {
+    const unsigned char byte = static_cast<unsigned char>(character);
+    escaped += {'%', kDigits[byte / 16], kDigits[byte % 16]};
+  }
+  return escaped;
+}
+
+}  // namespace e2e

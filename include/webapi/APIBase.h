@@ -39,8 +39,8 @@ class WEBAPI_EXPORT APIBase {
   // Sets one key of `section`, replacing its old value.  False, and nothing
   // changed, if there is no such section, `key` is empty, or `stringOnly` is
   // set and `value` is not a string.
-  virtual bool SetData(const std::string& section, const std::string& key,
-                       const Json::Value& value, bool stringOnly);
+  virtual bool SetData(const std::string& section, const std::string& key, const Json::Value& value,
+                       bool stringOnly);
 
   // The value of `key` in `section`, the whole section if `key` is empty, or
   // `defaultValue` itself if there is no such section or key.  The reference

@@ -21,14 +21,14 @@ class WEBAPI_EXPORT APIParameterFactory {
   APIParameterFactory() = delete;
 
   // The member must be a JSON object.
-  static APIParameter<Json::Value> ObjectFromJson(
-      const Json::Value& json, const std::string& name, PARAM_NECESSITY necessity,
-      bool (*validator)(const Json::Value&) = nullptr);
+  static APIParameter<Json::Value> ObjectFromJson(const Json::Value& json, const std::string& name,
+                                                  PARAM_NECESSITY necessity,
+                                                  bool (*validator)(const Json::Value&) = nullptr);
 
   // The member must be a JSON array.
-  static APIParameter<Json::Value> ArrayFromJson(
-      const Json::Value& json, const std::string& name, PARAM_NECESSITY necessity,
-      bool (*validator)(const Json::Value&) = nullptr);
+  static APIParameter<Json::Value> ArrayFromJson(const Json::Value& json, const std::string& name,
+                                                 PARAM_NECESSITY necessity,
+                                                 bool (*validator)(const Json::Value&) = nullptr);
 };
 
 // The same for plain values.  Exists for int, long long, unsigned int,
@@ -39,8 +39,7 @@ class WEBAPI_EXPORT APIParameterFactoryBasicImpl {
   APIParameterFactoryBasicImpl() = delete;
 
   static APIParameter<T> FromJson(const Json::Value& json, const std::string& name,
-                                  PARAM_NECESSITY necessity,
-                                  bool (*validator)(const T&) = nullptr);
+                                  PARAM_NECESSITY necessity, bool (*validator)(const T&) = nullptr);
 };
 
 extern template class APIParameterFactoryBasicImpl<int>;

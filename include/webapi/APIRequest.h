@@ -103,8 +103,7 @@ class WEBAPI_EXPORT APIRequest {
                                       bool (*validator)(const T&) = nullptr);
   // An array; a single value counts as the array that holds it.  The validator
   // sees the array.
-  APIParameter<Json::Value> GetAndCheckUnitArray(const std::string& name,
-                                                 PARAM_NECESSITY necessity,
+  APIParameter<Json::Value> GetAndCheckUnitArray(const std::string& name, PARAM_NECESSITY necessity,
                                                  bool (*validator)(const Json::Value&) = nullptr);
 
   // --- Cookies ---
@@ -207,7 +206,8 @@ extern template APIParameter<long long> APIRequest::GetAndCheckIntegral<long lon
     const std::string&, PARAM_NECESSITY, bool (*)(const long long&));
 extern template APIParameter<unsigned int> APIRequest::GetAndCheckIntegral<unsigned int>(
     const std::string&, PARAM_NECESSITY, bool (*)(const unsigned int&));
-extern template APIParameter<unsigned long long> APIRequest::GetAndCheckIntegral<
-    unsigned long long>(const std::string&, PARAM_NECESSITY, bool (*)(const unsigned long long&));
+extern template APIParameter<unsigned long long>
+APIRequest::GetAndCheckIntegral<unsigned long long>(const std::string&, PARAM_NECESSITY,
+                                                    bool (*)(const unsigned long long&));
 
 }  // namespace ORBO

@@ -142,13 +142,13 @@ class WEBAPI_EXPORT APIRunner {
   friend class APIRunnerPrivate;
   friend class WebEntry;
 
-  Json::Value lib_def_;                         // defaults of the descriptions
-  std::unique_ptr<DescriptionCache> descs_;     // descriptions by API name
-  std::unique_ptr<APIRequest> request_;         // the request being served
-  std::unique_ptr<APIResponse> response_;       // its response
-  std::map<std::string, void*> libs_;           // open handler libraries by path
-  std::int32_t compound_depth_ = 0;             // compound requests being handled
-  std::unique_ptr<APIRunnerPrivate> private_;   // the process's identity
+  Json::Value lib_def_;                        // defaults of the descriptions
+  std::unique_ptr<DescriptionCache> descs_;    // descriptions by API name
+  std::unique_ptr<APIRequest> request_;        // the request being served
+  std::unique_ptr<APIResponse> response_;      // its response
+  std::map<std::string, void*> libs_;          // open handler libraries by path
+  std::int32_t compound_depth_ = 0;            // compound requests being handled
+  std::unique_ptr<APIRunnerPrivate> private_;  // the process's identity
 };
 
 static_assert(!std::has_virtual_destructor_v<APIRunner>,

@@ -14,9 +14,9 @@ class APIResponse;
 // The order and size of the fields are part of the contract between the runner
 // and separately built handler libraries.
 struct _tag_API_TABLE {
-  const char* api;        // API name, compared exactly
-  std::int32_t version;   // API version
-  const char* method;     // method name, compared exactly
+  const char* api;       // API name, compared exactly
+  std::int32_t version;  // API version
+  const char* method;    // method name, compared exactly
   void (*handler)(APIRequest* request, APIResponse* response);
 };
 

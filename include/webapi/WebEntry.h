@@ -56,6 +56,9 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
   // Reads the body from standard input.  False for an upload, a body without
   // length, or one above the platform's limit.
   bool InitPostParam(Json::Value& out);
+  // Reads the fields in front of the file part of an upload body.  False if the
+  // body cannot be read.
+  bool LoadUploadAPIDesc(Json::Value& out);
   // Decodes one parameter line and opens what is enciphered in it.
   bool DetectAndDecryptParamLine(const std::string& line, Json::Value& out);
   // Opens one enciphered text into `out`.
@@ -77,10 +80,12 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
 
  private:
   bool ProcessRelay(APIRequest* request, APIResponse* response);
+  // Takes over a session id or an access token that came as a parameter.
+  bool InitSessionVariables();
 
-  Json::Value temp_files_;         // paths to delete at the end
-  std::unique_ptr<OrboCgi> cgi_;   // the platform's record of this request
-  Json::Value perm_info_;          // results of the permission check
+  Json::Value temp_files_;        // paths to delete at the end
+  std::unique_ptr<OrboCgi> cgi_;  // the platform's record of this request
+  Json::Value perm_info_;         // results of the permission check
 };
 
 // Asks the platform to restart the web server; usable as a callback, its

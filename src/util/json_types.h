@@ -15,6 +15,8 @@ namespace ORBO::JSON {
 
 // --- Type tests, by storage ---
 
+inline bool IsNull(const Json::Value& value) { return value.type() == Json::nullValue; }
+
 // Also true for null, which counts as an empty object or array.
 bool IsObject(const Json::Value& value);
 bool IsArray(const Json::Value& value);
@@ -61,8 +63,7 @@ const Json::Value* Find(const Json::Value& object, std::string_view key);
 Json::Value* Find(Json::Value& object, std::string_view key);
 bool Has(const Json::Value& object, std::string_view key);
 // The member `key`, or `fallback` itself.
-const Json::Value& At(const Json::Value& object, std::string_view key,
-                      const Json::Value& fallback);
+const Json::Value& At(const Json::Value& object, std::string_view key, const Json::Value& fallback);
 // Like At with JSON null as fallback.
 const Json::Value& At(const Json::Value& object, std::string_view key);
 // Sets a member; false, and nothing changed, if `object` is neither an object

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace ORBO {
+
+// The Cookie header line `line` with the session id `session_id` given as the
+// cookie "id".  An earlier "id" stays under the name "abandoned".
+std::string WithSessionCookie(std::string line, const std::string& session_id);
+
+}  // namespace ORBO

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <json/value.h>
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <webapi/APIBase.h>
+#include <webapi/APIParameter.h>
+#include <webapi/APIRequest.h>
+
+namespace ORBO {
+
+// The state and the rules of APIRequest.
+//
+// Sections: "environ" and "cookie" (text only), "reqLib", "session", "param",
+// "attr", "url" and "userAgent".
+class APIRequestPrivate : public APIBase {
+ public:
+  explicit APIRequestPrivate(APIRequest* owner);
+
+  void Init(const Json::Value& request);
+
+  // Each takes its argument by value and moves it into the store.
+  void InitEnv(Json::Value env);
+  void InitParam(Json::Value request, bool reset);
+  void InitAPIInfo(Json::Value info);
+  void InitSession(Json::Value session);
+
+  // Adds the "methods" of the API's description as JSON text, which becomes a
+  // value only when somebody asks for it: the runner looks methods up in the
+  // text, and values for all of them would cost more than the call itself.
+  // `text` is well-formed and outlives this object or the next InitAPIInfo.
+  void SetDeferredMethods(std::string_view text);
+
+  bool HasData(const std::string& section, const std::string& key) override;
+  const Json::Value& GetData(const std::string& section, const std::string& key,
+                             const Json::Value& defaultValue) override;
+
+  // --- Environment ---
+
+  void InitURL();
+
+  // --- Parameters ---
+
+  // Opens enciphered parameters in place; false on a failure.
+  bool DecryptParam(Json::Value& params);
+  bool DecryptAESParam(Json::Value& params);
+
+  template <typename T>
+  APIParameter<T> GetAndCheckParam(const std::string& name, bool required, Json::ValueType type,
+                                   bool (*validator)(const T&));
+  APIParameter<Json::Value> GetAndCheckUnitArrayParam(const std::string& name, bool required,
+                                                      bool (*validator)(const Json::Value&));
+
+  // --- Session facts ---
+
+  uid_t GetLoginUID();
+  int GetAllowUser();
+  std::string GetRemoteIP();
+  bool IsUploadRequest();
+  bool IsSliceUploadRequest();
+
+  // Conversions of one value of a section, `fallback` when it is absent.
+  std::string GetText(const std::string& section, const std::string& key, const char* fallback);
+  bool GetFlag(const std::string& section, const std::string& key, bool fallback);
+
+  const std::string& api() const { return api_; }
+  int version() const { return version_; }
+  const std::string& method() const { return method_; }
+  int request_method() const { return request_method_; }
+
+ private:
+  void InitRequestMethod();
+  void InitCookie();
+  bool ParseProtocol();
+  bool ParseHostAndPort();
+  bool ParsePathAndName();
+
+  void TakeParams(Json::Value& request, const char* member);
+  // Takes "api", "version" and "method" where `params` has them.
+  void SetAPIDesc(const Json::Value& params);
+  void MaterialiseMethods();
+
+  std::string api_;
+  std::int32_t version_ = 0;
+  std::string method_;
+  std::int32_t request_method_ = APIRequest::METHOD_UNKNOWN;
+  APIRequest* owner_;                  // not owned
+  std::string_view deferred_methods_;  // text of the runner's description file
+};
+
+}  // namespace ORBO

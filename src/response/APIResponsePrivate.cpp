@@ -1,0 +1,97 @@
+#include "response/APIResponsePrivate.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include <webapi/APIRequest.h>
+#include <webapi/APIResponse.h>
+
+#include "response/set_cookie.h"
+#include "util/json_types.h"
+#include "util/log.h"
+
+namespace ORBO {
+namespace {
+
+constexpr char kSource[] = "APIResponse";
+constexpr int kCookieNameLine = 84;  // prescribed for this message
+
+}  // namespace
+
+APIResponsePrivate::APIResponsePrivate(APIRequest* request, APIResponse* owner)
+    : request_(request), owner_(owner) {
+  root_["headers"] = Json::Value(Json::objectValue);
+  root_["setCookie"] = Json::Value(Json::arrayValue);
+  root_["success"] = Json::Value(Json::objectValue);
+  root_["option"] = Json::Value(Json::objectValue);
+}
+
+void APIResponsePrivate::SetError(int code, const Json::Value& errors) {
+  Json::Value body(Json::objectValue);
+  error_ = code;
+  body["success"] = code == 0;
+  if (code == 0) {
+    if (!JSON::IsNull(errors)) {
+      body["data"] = errors;
+    }
+  } else {
+    Json::Value& error = body["error"];
+    error["code"] = code;
+    if (!JSON::IsNull(errors)) {
+      error["errors"] = errors;
+    }
+  }
+  root_["body"].swap(body);
+}
+
+const Json::Value& APIResponsePrivate::Body() {
+  static const Json::Value* const kNoBody = new Json::Value(Json::objectValue);
+  return GetData("body", "", *kNoBody);
+}
+
+bool APIResponsePrivate::AddCookie(const std::string& name, const std::string& value,
+                                   const std::string& path, long expireMinutes,
+                                   const std::string& domain, bool secure, bool httpOnly) {
+  if (name.empty() || value.empty() || path.empty()) {
+    return false;
+  }
+  if (!IsCookieName(name)) {
+    Log(LOG_ERR, "%s(%d)%s: key[%s] contains invalid character", kSource, kCookieNameLine,
+        "AddCookie", name.c_str());
+    return false;
+  }
+  CookieFields cookie{name, value, path, expireMinutes, domain, secure, httpOnly, 0};
+  if (expireMinutes > 0) {
+    const bool client_clock = request_ != nullptr && request_->HasParam("client_time");
+    cookie.now = client_clock ? JSON::AsInt64(request_->GetParam("client_time", Json::Value(0)))
+                              : static_cast<std::int64_t>(std::time(nullptr));
+  }
+  root_["setCookie"].append(FormatSetCookie(cookie));
+  return true;
+}
+
+bool APIResponsePrivate::Redirect(const std::string& path) {
+  if (request_ == nullptr) {
+    return false;
+  }
+  std::string location = request_->GetURLProto("");
+  location += "://";
+  location += JSON::AsString(request_->GetEnv("HTTP_HOST", Json::Value("")));
+  // at() throws for an empty path: redirecting nowhere is the handler's fault
+  // and must not pass for a redirect to the start page.
+  if (path.at(0) != '/') {
+    location += '/';
+  }
+  location += path;
+  return owner_->SetHeader("Location", location);
+}
+
+void APIResponsePrivate::SetCallbackFunc(void (*function)(void*), void* argument) {
+  const Callback callback(function, argument);
+  if (function != nullptr &&
+      std::find(callbacks_.begin(), callbacks_.end(), callback) == callbacks_.end()) {
+    callbacks_.push_back(callback);
+  }
+}
+
+}  // namespace ORBO

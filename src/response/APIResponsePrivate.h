@@ -1,0 +1,48 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <webapi/APIBase.h>
+
+namespace ORBO {
+
+class APIRequest;
+class APIResponse;
+
+// The state and the rules of APIResponse.
+//
+// Sections: "headers" (text only), "setCookie" (an array of cookies as text),
+// "success" (exists and stays empty), "option", and from the first result on
+// "body".
+class APIResponsePrivate : public APIBase {
+ public:
+  using Callback = std::pair<void (*)(void*), void*>;
+  using CallbackList = std::vector<Callback>;
+
+  APIResponsePrivate(APIRequest* request, APIResponse* owner);
+
+  void SetError(int code, const Json::Value& errors);
+  int GetError() const { return error_; }
+  // The body, or an empty object before any result; valid until the next
+  // result.
+  const Json::Value& Body();
+
+  bool AddCookie(const std::string& name, const std::string& value, const std::string& path,
+                 long expireMinutes, const std::string& domain, bool secure, bool httpOnly);
+  bool Redirect(const std::string& path);
+
+  void SetCallbackFunc(void (*function)(void*), void* argument);
+  CallbackList* GetCallbackFuncs() { return &callbacks_; }
+
+ private:
+  APIRequest* request_;  // not owned; may be null
+  APIResponse* owner_;   // not owned
+  int error_ = 0;        // the last code given to SetError
+  CallbackList callbacks_;
+};
+
+}  // namespace ORBO

@@ -1,0 +1,151 @@
+#include "runner/DescriptionCache.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/files.h"
+#include "runner/description_candidates.h"
+#include "runner/description_rules.h"
+#include "runner/method_lookup.h"
+#include "util/json_cursor.h"
+#include "util/json_text.h"
+#include "util/json_types.h"
+#include "util/log.h"
+#include "util/log_text.h"
+
+namespace ORBO {
+namespace {
+
+constexpr char kSource[] = "APIRunner.cpp";
+constexpr JSON::Comments kComments = JSON::Comments::kAllowed;
+
+// What the rules look at, with the contents of "methods" left out.
+Json::Value ValueForRules(const DescriptionFile::Entry& entry) {
+  Json::Value value;
+  if (entry.text.front() != '{') {
+    return value;
+  }
+  for (const char* key : {"lib", "minVersion", "maxVersion", "priority"}) {
+    const std::string_view text = entry.Find(key);
+    if (!text.empty()) {
+      JSON::Parse(text, value[key], kComments);
+    }
+  }
+  const std::string_view methods = entry.Find("methods");
+  if (!methods.empty() && methods.front() == '{') {
+    value["methods"] = Json::Value(Json::objectValue);
+  }
+  return value;
+}
+
+}  // namespace
+
+std::string FindDescriptionFile(const std::string& api) {
+  const std::vector<std::string> candidates = DescriptionCandidates(api);
+  for (auto path = candidates.rbegin(); path != candidates.rend(); ++path) {
+    if (QLIBCFileExist(path->c_str()) == 1) {
+      return *path;
+    }
+  }
+  if (!api.empty()) {
+    Log(LOG_ERR, "%s:%d WebAPI %s is not valid", kSource, __LINE__, LogText(api).c_str());
+  }
+  return {};
+}
+
+std::unique_ptr<DescriptionFile> ReadDescriptionFile(const std::string& path) {
+  errno = 0;
+  std::unique_ptr<DescriptionFile> file = DescriptionFile::Read(path);
+  if (file == nullptr) {
+    Log(LOG_ERR, "%s:%d WebAPI description file %s is not valid", kSource, __LINE__, path.c_str());
+  }
+  return file;
+}
+
+std::vector<const DescriptionFile::Entry*> ValidEntries(const DescriptionFile& file) {
+  std::vector<const DescriptionFile::Entry*> valid;
+  for (const DescriptionFile::Entry& entry : file.entries()) {
+    if (IsValidDescription(ValueForRules(entry))) {
+      valid.push_back(&entry);
+    } else {
+      Log(LOG_ERR, "%s:%d WebAPI description %s is not valid.", kSource, __LINE__,
+          entry.api.c_str());
+    }
+  }
+  return valid;
+}
+
+bool DescriptionCache::Load(const std::string& api) {
+  if (Has(api)) {
+    return true;
+  }
+  const std::string path = FindDescriptionFile(api);
+  if (path.empty()) {
+    return false;
+  }
+  if (files_.count(path) != 0) {
+    return true;
+  }
+  std::unique_ptr<DescriptionFile> file = ReadDescriptionFile(path);
+  if (file == nullptr) {
+    return false;
+  }
+  for (const DescriptionFile::Entry* entry : ValidEntries(*file)) {
+    apis_.try_emplace(entry->api).first->second.entry = entry;
+  }
+  files_.emplace(path, std::move(file));
+  return true;
+}
+
+const Json::Value* DescriptionCache::Info(const std::string& api) {
+  const auto found = apis_.find(api);
+  if (found == apis_.end()) {
+    return nullptr;
+  }
+  Description& description = found->second;
+  if (description.info == nullptr) {
+    auto info = std::make_unique<Json::Value>(Json::objectValue);
+    for (const DescriptionFile::Member& member : description.entry->members) {
+      if (!JSON::QuotedEquals(member.key, "methods")) {
+        JSON::Parse(member.text, (*info)[JSON::DecodeString(member.key)], kComments);
+      }
+    }
+    ApplyDescriptionDefaults(*info, lib_def_);
+    description.info = std::move(info);
+  }
+  return description.info.get();
+}
+
+std::string_view DescriptionCache::MethodsText(const std::string& api) const {
+  const auto found = apis_.find(api);
+  return found == apis_.end() ? std::string_view() : found->second.entry->Find("methods");
+}
+
+bool DescriptionCache::IsMethodListed(const std::string& api, int version,
+                                      const std::string& method) const {
+  const auto found = apis_.find(api);
+  return found != apis_.end() && ORBO::IsMethodListed(*found->second.entry, version, method);
+}
+
+const Json::Value& DescriptionCache::MethodAttributes(const std::string& api, int version,
+                                                      const std::string& method) {
+  const Json::Value& defaults = JSON::At(lib_def_, "methods");
+  if (!Load(api)) {
+    return defaults;
+  }
+  const auto found = apis_.find(api);
+  if (found == apis_.end()) {
+    return defaults;
+  }
+  const std::string_view text = FindMethodAttributes(*found->second.entry, version, method);
+  if (text.empty()) {
+    return defaults;
+  }
+  const auto [attributes, is_new] = found->second.attributes.try_emplace(text.data());
+  if (is_new) {
+    JSON::Parse(text, attributes->second, kComments);
+  }
+  return attributes->second;
+}
+
+}  // namespace ORBO

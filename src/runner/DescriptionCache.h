@@ -1,0 +1,69 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "runner/DescriptionFile.h"
+
+namespace ORBO {
+
+// The API descriptions that a runner has loaded, by API name.  Filled one file
+// at a time by the first look-up of any API of that file; nothing is read
+// again, since a process serves one HTTP request.
+class DescriptionCache {
+ public:
+  // `lib_def` holds the defaults and must outlive the cache.
+  explicit DescriptionCache(const Json::Value& lib_def) : lib_def_(lib_def) {}
+
+  DescriptionCache(const DescriptionCache&) = delete;
+  DescriptionCache& operator=(const DescriptionCache&) = delete;
+
+  // Loads the file that holds `api`.  False, and logged, if there is none or it
+  // cannot be used; true does not mean that the file describes `api`.
+  bool Load(const std::string& api);
+
+  // Whether a loaded file has a usable entry for `api`.
+  bool Has(const std::string& api) const { return apis_.count(api) != 0; }
+
+  // The entry of `api` with the defaults filled in, but without its "methods".
+  // Valid while the cache lives; null for an API that is not there.
+  const Json::Value* Info(const std::string& api);
+
+  // The text of the entry's "methods", an object; valid while the cache lives.
+  std::string_view MethodsText(const std::string& api) const;
+
+  bool IsMethodListed(const std::string& api, int version, const std::string& method) const;
+
+  // The method's own attributes, or the defaults' where it has none.  Loads the
+  // API's file where that has not been done.  Valid while the cache lives.
+  const Json::Value& MethodAttributes(const std::string& api, int version,
+                                      const std::string& method);
+
+ private:
+  struct Description {
+    const DescriptionFile::Entry* entry;
+    std::unique_ptr<Json::Value> info;  // made when first asked for
+    // Attributes by the text that they came from.
+    std::map<const char*, Json::Value> attributes;
+  };
+
+  const Json::Value& lib_def_;
+  std::map<std::string, std::unique_ptr<DescriptionFile>> files_;  // by path
+  std::map<std::string, Description> apis_;
+};
+
+// The description file that holds `api`; empty, and logged, if there is none.
+std::string FindDescriptionFile(const std::string& api);
+
+// Reads a description file; null, and logged, if it cannot be used.
+std::unique_ptr<DescriptionFile> ReadDescriptionFile(const std::string& path);
+
+// The usable entries of `file` in name order; the others are logged.
+std::vector<const DescriptionFile::Entry*> ValidEntries(const DescriptionFile& file);
+
+}  // namespace ORBO

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <fstream>
+#include <ios>
+
+namespace ORBO {
+
+// Lets a standard stream object read from or write to /dev/null while it lives.
+// Only the object is switched, by its buffer; descriptors stay as they are.
+// Restores the previous buffer and error state.
+class StreamGuard {
+ public:
+  // `mode` is std::ios::in or std::ios::out.
+  StreamGuard(std::ios& stream, std::ios::openmode mode);
+  ~StreamGuard();
+
+  StreamGuard(const StreamGuard&) = delete;
+  StreamGuard& operator=(const StreamGuard&) = delete;
+
+ private:
+  std::ios& stream_;
+  std::ios::iostate previous_state_;
+  std::filebuf null_;
+  std::streambuf* previous_buffer_;
+};
+
+}  // namespace ORBO

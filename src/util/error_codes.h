@@ -1,0 +1,27 @@
+#pragma once
+
+namespace ORBO {
+
+// The web-API error codes that the system itself sets on a response.
+enum ErrorCode : int {
+  kErrorBadRequest = 101,     // options, environment, parameters, or API, version, method
+  kErrorNoSuchAPI = 102,      // not described
+  kErrorNoSuchMethod = 103,   // not listed for the version
+  kErrorNoSuchVersion = 104,  // out of range
+  kErrorNoPrivilege = 105,
+  kErrorUpload = 108,    // upload could not be read
+  kErrorRelay = 109,     // relay failed or is not possible here
+  kErrorCompound = 110,  // compound request without a list of calls
+  kErrorLibrary = 111,   // handler library or its table not available
+  kErrorUploadNotAllowed = 115,
+  kErrorDemoMode = 116,
+  kErrorNoResult = 117,     // the handler set no result
+  kErrorProcessName = 118,  // the kernel refused the process's name
+  kErrorNotAuthenticated = 119,
+  kErrorNoHandler = 121,  // method missing from the handler's table
+};
+
+// The "upload_err" of error 108 when no file part of the body is known.
+inline constexpr int kUploadNotRead = -8;
+
+}  // namespace ORBO

@@ -1,12 +1,3 @@
-#include <webapi/Export.h>
-
-// Before the JSON library's header, which gives its classes no visibility: a
-// template over a hidden type would be hidden too, and APIParameter<Json::Value>
-// has to leave the library.
-namespace Json {
-class WEBAPI_EXPORT Value;
-}
-
 #include <webapi/APIParameter.h>
 
 #include "param/APIParameterPrivate.h"

@@ -18,6 +18,10 @@ namespace ORBO {
 class APIRunnerPrivate;
 class DescriptionCache;
 
+// The missing virtual destructor is part of the binary interface.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 // The dispatcher.  One runner serves one request: it owns the request and the
 // response, finds the API's description, checks the request against it, opens
 // the handler library, calls the handler, and undoes every process-wide change
@@ -150,6 +154,8 @@ class WEBAPI_EXPORT APIRunner {
   std::int32_t compound_depth_ = 0;            // compound requests being handled
   std::unique_ptr<APIRunnerPrivate> private_;  // the process's identity
 };
+
+#pragma GCC diagnostic pop
 
 static_assert(!std::has_virtual_destructor_v<APIRunner>,
               "the virtual table of a runner has six operations and nothing else");

@@ -12,6 +12,10 @@ struct OrboCgi;
 
 namespace ORBO {
 
+// The missing virtual destructor is part of the binary interface.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 // Serves one HTTP request in a CGI program (RFC 3875):
 //
 //   int main(int argc, char** argv) {
@@ -87,6 +91,8 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
   std::unique_ptr<OrboCgi> cgi_;  // the platform's record of this request
   Json::Value perm_info_;         // results of the permission check
 };
+
+#pragma GCC diagnostic pop
 
 // Asks the platform to restart the web server; usable as a callback, its
 // argument is not used.

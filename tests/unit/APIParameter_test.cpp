@@ -6,16 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "util/json_text.h"
+#include "unit/json.h"
 
 namespace ORBO {
 namespace {
-
-Json::Value FromText(const std::string& text) {
-  Json::Value value;
-  EXPECT_TRUE(JSON::Parse(text, value)) << text;
-  return value;
-}
 
 template <typename T>
 struct Accepted {

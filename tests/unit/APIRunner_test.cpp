@@ -1,0 +1,292 @@
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <webapi/APIRunner.h>
+
+#include <cstring>
+#include <iostream>
+#include <sstream>
+
+#include "runner/APIRunnerPrivate.h"
+#include "unit/LogCapture.h"
+#include "unit/WebAPIDirectory.h"
+#include "unit/json.h"
+
+// Runners have no virtual destructor.
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+namespace ORBO {
+namespace {
+
+std::string TaskName() {
+  char name[17] = {};
+  prctl(PR_GET_NAME, name);
+  return name;
+}
+
+// Refuses every call, and says whether that may be overlooked.
+class RefusingRunner : public APIRunner {
+ public:
+  explicit RefusingRunner(bool may_skip) : may_skip_(may_skip) {}
+  bool NeedPermission(APIRequest* /*request*/) override { return true; }
+  bool CheckPermission(APIRequest* /*request*/, APIResponse* response) override {
+    response->SetError(105);
+    return false;
+  }
+  bool SkipPermission(APIRequest* /*request*/) override { return may_skip_; }
+
+ private:
+  bool may_skip_;
+};
+
+class Runner : public testing::Test {
+ protected:
+  void SetUp() override {
+    const std::string good = TestModule("good");
+    Describe("ORBO.Test.Good", good, R"({"1":["echo","silent","throw","process","redirect",
+        "checked","refused","check_throws","not_in_table",
+        {"open":{"allowUpload":true,"allowDownload":true}}]})");
+    Describe("ORBO.Test.NoFile", "/nowhere/lib.so", R"({"1":["get"]})");
+    Describe("ORBO.Test.NoTable", TestModule("no_table"), R"({"1":["get"]})");
+    Describe("ORBO.Test.NullTable", TestModule("null_table"), R"({"1":["get"]})");
+    Describe("ORBO.Test.NullChecks", TestModule("null_checks"), R"({"1":["get"]})");
+    Describe("ORBO.Entry.Request", "built in", R"({"1":["request"]})");
+    directory_.Write("ORBO.Test.lib", JSON::ToText(descriptions_));
+    directory_.Write("ORBO.Entry.lib", JSON::ToText(descriptions_));
+  }
+
+  void Describe(const std::string& api, const std::string& lib, const std::string& methods) {
+    Json::Value& entry = descriptions_[api];
+    entry["lib"] = lib;
+    entry["minVersion"] = 1;
+    entry["maxVersion"] = 1;
+    entry["methods"] = FromText(methods);
+  }
+
+  static Json::Value Options(const std::string& api, const std::string& method,
+                             const std::string& parameters = "{}") {
+    Json::Value options(Json::objectValue);
+    options["postParam"] = FromText(parameters);
+    options["postParam"]["api"] = api;
+    options["postParam"]["version"] = 1;
+    options["postParam"]["method"] = method;
+    return options;
+  }
+
+  static Json::Value Call(const std::string& method, const std::string& parameters = "{}") {
+    APIRunner runner;
+    runner.Run(Options("ORBO.Test.Good", method, parameters));
+    return runner.GetResponse();
+  }
+
+  static int ErrorOf(const Json::Value& body) { return body["error"]["code"].asInt(); }
+
+  WebAPIDirectory directory_;
+  Json::Value descriptions_{Json::objectValue};
+};
+
+TEST_F(Runner, ServesARequest) {
+  EXPECT_EQ(FromText(R"({"success":true,"data":[1,"x"],"httpd_restart":false})"),
+            Call("echo", R"({"value":[1,"x"]})"));
+}
+
+TEST_F(Runner, UnusableOptionsAreRefused) {
+  for (const char* options : {"null", "{}", "[]", R"({"postParam":{"version":1}})",
+                              R"({"postParam":[1,2]})", "7", "\"x\""}) {
+    SCOPED_TRACE(options);
+    APIRunner runner;
+    runner.Run(FromText(options));
+    EXPECT_EQ(101, ErrorOf(runner.GetResponse()));
+  }
+}
+
+TEST_F(Runner, RelayAndCompoundAreNotServed) {
+  APIRunner runner;
+  runner.Run(Options("ORBO.Test.Good", "echo", R"({"relay_ds":1})"));
+  EXPECT_EQ(101, ErrorOf(runner.GetResponse()));
+
+  APIRequest request{Json::Value()};
+  request.InitParam(Options("ORBO.Test.Good", "echo", R"({"relay_ds":1})"), false);
+  APIResponse response(&request);
+  EXPECT_FALSE(runner.Process(&request, &response));
+  EXPECT_EQ(109, response.GetError());
+
+  APIRunner outer;
+  outer.Run(Options("ORBO.Entry.Request", "request", R"({"compound":[]})"));
+  EXPECT_EQ(110, ErrorOf(outer.GetResponse()));
+}
+
+TEST_F(Runner, AHandlerWithoutResultLeavesAnError) {
+  EXPECT_EQ(117, ErrorOf(Call("silent")));
+  EXPECT_EQ(121, ErrorOf(Call("not_in_table")));
+}
+
+TEST_F(Runner, ExceptionsOfHandlersAndChecksStayInside) {
+  std::streambuf* const output = std::cout.rdbuf();
+  std::streambuf* const input = std::cin.rdbuf();
+  LogCapture log;
+  EXPECT_EQ(117, ErrorOf(Call("throw")));
+  EXPECT_EQ(117, ErrorOf(Call("throw", R"({"odd":1})")));
+  EXPECT_EQ(1234, ErrorOf(Call("throw", R"({"result":1})")));
+  EXPECT_EQ(117, ErrorOf(Call("check_throws")));
+  EXPECT_EQ(117, ErrorOf(Call("redirect")));
+  EXPECT_TRUE(log.Has("ended by an exception: on purpose"));
+  EXPECT_EQ(output, std::cout.rdbuf());
+  EXPECT_EQ(input, std::cin.rdbuf());
+}
+
+TEST_F(Runner, ChecksDecideBeforeTheHandler) {
+  EXPECT_TRUE(Call("checked")["success"].asBool());
+  EXPECT_EQ(1001, ErrorOf(Call("checked", R"({"odd":1})")));
+  EXPECT_TRUE(Call("checked", R"({"fallback":1})")["success"].asBool());
+  EXPECT_EQ(1002, ErrorOf(Call("echo", R"({"fallback":1})")));
+  EXPECT_EQ(117, ErrorOf(Call("refused")));
+}
+
+TEST_F(Runner, UnusableLibrariesAreReported) {
+  const struct {
+    const char* api;
+    const char* log;
+  } rows[] = {
+      {"ORBO.Test.NoFile", " cannot open library: /nowhere/lib.so. error = "},
+      {"ORBO.Test.NoTable", " Get API Table Fail"},
+      {"ORBO.Test.NullTable", " cannot get api table"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.api);
+    LogCapture log;
+    APIRunner runner;
+    runner.Run(Options(row.api, "get"));
+    EXPECT_EQ(111, ErrorOf(runner.GetResponse()));
+    EXPECT_TRUE(log.Has(row.log));
+  }
+  LogCapture log;
+  APIRunner runner;
+  runner.Run(Options("ORBO.Test.NullChecks", "get"));
+  EXPECT_TRUE(runner.GetResponse()["success"].asBool());
+  EXPECT_TRUE(log.Has(" cannot get api check table"));
+}
+
+TEST_F(Runner, PermissionIsAskedOnlyWhenNeeded) {
+  RefusingRunner closed(false);
+  closed.Run(Options("ORBO.Test.Good", "echo"));
+  EXPECT_EQ(105, ErrorOf(closed.GetResponse()));
+  RefusingRunner lenient(true);
+  lenient.Run(Options("ORBO.Test.Good", "echo"));
+  EXPECT_TRUE(lenient.GetResponse()["success"].asBool());
+}
+
+TEST_F(Runner, StreamsAreCutOffUnlessTheMethodAllowsThem) {
+  std::istringstream input("a line\nanother\n");
+  std::ostringstream output;
+  std::streambuf* const cin_buffer = std::cin.rdbuf(input.rdbuf());
+  std::streambuf* const cout_buffer = std::cout.rdbuf(output.rdbuf());
+  std::cin.setstate(std::ios::eofbit);
+  const Json::Value closed = Call("process");
+  const bool state_kept = std::cin.eof();
+  std::cin.clear();
+  const Json::Value open = Call("open");
+  std::string next;
+  std::getline(std::cin, next);
+  std::cin.rdbuf(cin_buffer);
+  std::cout.rdbuf(cout_buffer);
+
+  EXPECT_TRUE(state_kept);
+  EXPECT_EQ("", closed["data"]["input"].asString());
+  EXPECT_EQ("a line", open["data"]["input"].asString());
+  EXPECT_EQ("another", next);
+  EXPECT_EQ("from the handler", output.str());
+}
+
+TEST_F(Runner, PriorityHoldsForTheHandlerAlone) {
+  const int before = getpriority(PRIO_PROCESS, 0);
+  descriptions_["ORBO.Test.Good"]["priority"] = before + 3;
+  directory_.Write("ORBO.Test.lib", JSON::ToText(descriptions_));
+  EXPECT_EQ(before + 3, Call("process")["data"]["nice"].asInt());
+  if (geteuid() == 0) {  // an ordinary user cannot raise the priority again
+    EXPECT_EQ(before, getpriority(PRIO_PROCESS, 0));
+  }
+}
+
+TEST_F(Runner, OneLibraryIsOpenedOnce) {
+  APIRunner runner;
+  runner.GetMethod("ORBO.Test.Good", 1, "echo");
+  APIRequest request{Json::Value()};
+  request.InitParam(Options("ORBO.Test.Good", "echo"), false);
+  ASSERT_TRUE(runner.AddAPIInfo(&request));
+  _tag_API_TABLE* first = nullptr;
+  _tag_API_TABLE* second = nullptr;
+  _tag_API_CHECK_TABLE* checks = nullptr;
+  EXPECT_TRUE(runner.OpenLib(&request, &first, nullptr));
+  EXPECT_TRUE(runner.OpenLib(&request, &second, &checks));
+  EXPECT_EQ(first, second);
+  EXPECT_NE(nullptr, checks);
+  LogCapture log;
+  EXPECT_FALSE(runner.OpenLib(nullptr, &first, nullptr));
+  EXPECT_FALSE(runner.OpenLib(&request, nullptr, nullptr));
+  EXPECT_EQ(2U, log.lines().size());
+  EXPECT_TRUE(log.Has(" Bad parameters"));
+}
+
+TEST_F(Runner, OptionsFillTheRequest) {
+  // The base runner's environment lies below what the options give.
+  setenv("WEBAPI_UNIT_TEST", "process", 1);
+  class Probe : public APIRunner {
+   public:
+    bool NeedPermission(APIRequest* request) override {
+      seen["inherited"] = request->GetEnv("WEBAPI_UNIT_TEST", "none");
+      seen["given"] = request->GetEnv("GIVEN", "none");
+      seen["user"] = request->GetLoginUserName();
+      seen["attr"] = request->GetAttr("a", Json::Value());
+      return false;
+    }
+    Json::Value seen{Json::objectValue};
+  } runner;
+  Json::Value options = Options("ORBO.Test.Good", "echo");
+  options["environ"]["GIVEN"] = "options";
+  options["session"]["username"] = "alice";
+  options["attr"]["a"] = 7;
+  runner.Run(options);
+  unsetenv("WEBAPI_UNIT_TEST");
+  EXPECT_EQ(FromText(R"({"inherited":"process","given":"options","user":"alice","attr":7})"),
+            runner.seen);
+}
+
+TEST(ProcessIdentity, NamesTheCallAndThenTheProgram) {
+  char argument[] = "/usr/bin/some_program_name";
+  char* arguments[] = {argument, nullptr};
+  {
+    APIRunner runner;
+    runner.SetArgs(1, arguments);
+    EXPECT_STREQ("", argument);
+    APIRequest request(FromText(R"({"getParam":{"api":"A.B\n.C","version":1,"method":"list"}})"));
+    APIResponse response(&request);
+    EXPECT_TRUE(runner.SetProcessName(&request, &response));
+    EXPECT_EQ("webapi_unit_tests_A.B?.C[1].list", LogIdentity());
+    EXPECT_EQ(LogIdentity().substr(0, sizeof argument - 2), argument);
+    EXPECT_EQ("A.B?.C[1].list", TaskName());
+    APIRequest nameless{Json::Value()};
+    EXPECT_FALSE(runner.SetProcessName(&nameless, &response));
+    EXPECT_EQ(101, response.GetError());
+  }
+  EXPECT_EQ("webapi_unit_tests", LogIdentity());
+  EXPECT_EQ("webapi_unit_tes", TaskName());
+  EXPECT_STREQ("webapi_unit_tests", argument);
+}
+
+TEST(ProcessIdentity, EntryProgramsShareOneName) {
+  APIRunnerPrivate identity(nullptr);
+  identity.GetOrigProcName() = "foo_entry.cgi";
+  char argument[] = "x";
+  char* arguments[] = {argument, nullptr};
+  identity.SetArgs(1, arguments);
+  EXPECT_TRUE(identity.ShowCall(std::string(5000, 'n'), 1, "m"));
+  EXPECT_EQ(0U, LogIdentity().rfind("entry.cgi_nnn", 0));
+  EXPECT_LT(LogIdentity().size(), 1024U);
+  EXPECT_STREQ("", argument);
+  identity.ShowProgram();
+  EXPECT_EQ("foo_entry.cgi", LogIdentity());
+}
+
+}  // namespace
+}  // namespace ORBO

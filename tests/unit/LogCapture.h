@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ORBO {
+
+// Collects the lines that the system log gets while it lives.  One at a time.
+class LogCapture {
+ public:
+  LogCapture();
+  ~LogCapture();
+
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+
+  const std::vector<std::string>& lines() const { return lines_; }
+  // Whether any line holds `text`.
+  bool Has(const std::string& text) const;
+  void Add(const std::string& line) { lines_.push_back(line); }
+
+ private:
+  std::vector<std::string> lines_;
+};
+
+// The identity that the log was opened with last.
+std::string LogIdentity();
+
+}  // namespace ORBO

@@ -12,8 +12,8 @@ namespace ORBO::JSON {
 // Parses `text`, one JSON value with nothing but blanks around it, into `out`.
 // False, and `out` unchanged, if it is malformed.  Integers that fit the signed
 // 64-bit range are stored as signed, larger ones up to 2^64-1 as unsigned,
-// anything else as real.  Of two members of one name the last wins.  Never
-// throws but for lack of memory.
+// anything else as real; a number beyond the range of doubles counts as malformed.
+// Of two members of one name the last wins.  Never throws but for lack of memory.
 bool Parse(std::string_view text, Json::Value& out, Comments comments = Comments::kRefused);
 
 // Appends `value` as compact JSON: members in name order, UTF-8 as it is,

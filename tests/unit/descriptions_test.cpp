@@ -141,11 +141,11 @@ TEST_F(Descriptions, BulkLoadTakesWhatIsUsable) {
 }
 
 TEST_F(Descriptions, CachedEntriesAreTheSameAsLoadedOnes) {
-  APIRunner runner;
   Json::Value descs(Json::objectValue);
-  ASSERT_TRUE(runner.InitLibDesc(descs, "ORBO.A"));
+  ASSERT_TRUE(APIRunner().InitLibDesc(descs, "ORBO.A"));
   for (const char* api : {"ORBO.A", "ORBO.A.Twice", "ORBO.A.Esc"}) {
     SCOPED_TRACE(api);
+    APIRunner runner;
     Json::Value description(Json::objectValue);
     description["getParam"]["api"] = api;
     APIRequest request(description);

@@ -16,7 +16,7 @@ class CgiProgram : public ::testing::Test {
   static void TearDownTestSuite() { root_.reset(); }
 
   static CgiResult Run(const std::vector<std::string>& environment, const std::string& body = "") {
-    const CgiResult result = RunCgi(*root_, environment, body);
+    CgiResult result = RunCgi(*root_, environment, body);
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_EQ(result.signal, 0);
     EXPECT_FALSE(result.timed_out);
@@ -42,8 +42,8 @@ constexpr char kCacheLines[] =
     "\r\n";
 
 std::vector<std::string> Get(const std::string& query) {
-  return {"REQUEST_METHOD=GET", "QUERY_STRING=" + query, "HTTP_HOST=box:8080",
-          "REQUEST_SCHEME=https", "SCRIPT_NAME=/webapi/entry.cgi"};
+  return {"GATEWAY_INTERFACE=CGI/1.1", "REQUEST_METHOD=GET",   "QUERY_STRING=" + query,
+          "HTTP_HOST=box:8080",        "REQUEST_SCHEME=https", "SCRIPT_NAME=/webapi/entry.cgi"};
 }
 
 std::vector<std::string> Post(const std::string& length) {

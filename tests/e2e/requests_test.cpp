@@ -17,8 +17,6 @@ struct Row {
   std::string expected;
 };
 
-void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
-
 std::vector<Row> Answered() {
   return {
       {"no parameters", Probe("echo"), nullptr, Success("{}")},

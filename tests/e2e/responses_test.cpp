@@ -32,7 +32,7 @@ TEST_P(Responses, CarryEachPrescribedHeaderOnce) {
 }
 
 TEST_P(Responses, CarryCookiesRedirectsAndStatus) {
-  EXPECT_EQ(server().Get(Probe("cookies", "value=a b;&path=/p")).Headers("Set-Cookie"),
+  EXPECT_EQ(server().Get(Probe("cookies", "value=a+b;&path=/p")).Headers("Set-Cookie"),
             (Lines{"one=a%20b%3B; path=/", "two=2; path=/p"}));
 
   const HttpResponse redirect = server().Get(Probe("redirect", "path=x?y=1"));
@@ -41,8 +41,8 @@ TEST_P(Responses, CarryCookiesRedirectsAndStatus) {
   EXPECT_EQ(redirect.body, Success("true"));
   EXPECT_EQ(server().Get(Probe("redirect")).body, Failure(117)) << "an empty path";
 
-  EXPECT_EQ(server().Get(Probe("header", "name=Status&value=418")).status, 418);
-  EXPECT_EQ(server().Get(Probe("header", "name=X-Mine&value=v: w")).Headers("X-Mine"),
+  EXPECT_EQ(server().Get(Probe("header", "name=Status&value=%22418%22")).status, 418);
+  EXPECT_EQ(server().Get(Probe("header", "name=X-Mine&value=v:+w")).Headers("X-Mine"),
             Lines{"v: w"});
 }
 

@@ -36,6 +36,7 @@ struct Streams {
   dup2(streams.output[1], 1);
   dup2(streams.errors[1], 2);
   std::vector<char*> variables;
+  variables.reserve(environment.size() + 1);
   for (const std::string& variable : environment) {
     variables.push_back(const_cast<char*>(variable.c_str()));
   }

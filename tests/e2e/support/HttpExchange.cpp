@@ -50,7 +50,8 @@ void Parse(const std::string& raw, HttpResponse& response) {
   if (raw.rfind("HTTP/1.", 0) != 0 || head_end == std::string::npos) {
     return;
   }
-  response.status = std::atoi(raw.c_str() + raw.find(' '));
+  const char* status = raw.c_str() + raw.find(' ');
+  response.status = static_cast<int>(std::strtol(status, nullptr, 10));
   std::size_t position = raw.find("\r\n") + 2;
   while (position < head_end) {
     const std::size_t line_end = raw.find("\r\n", position);

@@ -4,10 +4,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/pidfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+// The header of this C library does not declare C linkage itself.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 #include <chrono>
 #include <filesystem>
@@ -28,12 +32,12 @@ struct Setup {
 };
 
 const Setup& SetupOf(ServerKind kind) {
-  static const Setup lighttpd = {E2E_LIGHTTPD, "lighttpd.conf", "-D",
-                                 "server.username = \"www-data\"\n"
-                                 "server.groupname = \"www-data\"\n"};
-  static const Setup apache = {E2E_APACHE, "apache.conf", "-DFOREGROUND",
-                               "User www-data\nGroup www-data\n"};
-  return kind == ServerKind::kLighttpd ? lighttpd : apache;
+  static const Setup kLighttpd = {E2E_LIGHTTPD, "lighttpd.conf", "-D",
+                                  "server.username = \"www-data\"\n"
+                                  "server.groupname = \"www-data\"\n"};
+  static const Setup kApache = {E2E_APACHE, "apache.conf", "-DFOREGROUND",
+                                "User www-data\nGroup www-data\n"};
+  return kind == ServerKind::kLighttpd ? kLighttpd : kApache;
 }
 
 // A port that is free now.  Another process may take it before the server does;

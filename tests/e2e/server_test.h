@@ -4,9 +4,11 @@
 
 #include <map>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "support/WebServer.h"
+#include "support/wait.h"
 
 namespace e2e {
 
@@ -22,17 +24,27 @@ class ServerTest : public ::testing::TestWithParam<ServerKind> {
     return *server;
   }
 
+  // What a sanitizer finds at the end of a program comes after the answer.
+  static void TearDownTestSuite() {
+    for (const auto& [kind, server] : servers_) {
+      const std::string log = ReadFile(server->root().RunDirectory() + "/error.log");
+      EXPECT_EQ(log.find("Sanitizer"), std::string::npos) << log;
+    }
+  }
+
  private:
   static inline std::map<ServerKind, std::unique_ptr<WebServer>> servers_;
 };
 
-inline std::string ServerName(const ::testing::TestParamInfo<ServerKind>& info) {
-  return info.param == ServerKind::kLighttpd ? "lighttpd" : "apache";
+// The server in the names of tests and in their reports.
+inline void PrintTo(ServerKind kind, std::ostream* out) {
+  *out << (kind == ServerKind::kLighttpd ? "lighttpd" : "apache");
 }
 
-#define E2E_UNDER_EVERY_SERVER(suite) \
-  INSTANTIATE_TEST_SUITE_P(           \
-      Web, suite, ::testing::Values(ServerKind::kLighttpd, ServerKind::kApache), ServerName)
+#define E2E_UNDER_EVERY_SERVER(suite)                                                     \
+  INSTANTIATE_TEST_SUITE_P(Web, suite,                                                    \
+                           ::testing::Values(ServerKind::kLighttpd, ServerKind::kApache), \
+                           ::testing::PrintToStringParamName())
 
 // The query of a method of the probe API.
 inline std::string Probe(const std::string& method, const std::string& parameters = "") {

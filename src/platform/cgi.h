@@ -38,9 +38,9 @@ int OrboCgiDetectAndDecryptParamLine(char* line);
 // Non-zero on success, 0 when the address is not known or does not fit.
 int OrboCgiGetRemoteIP(char* buffer, std::size_t size);
 
-// The user id of the user `userName` of the session `sessionId`; (uid_t)-1 when
+// The user id of the user `user_name` of the session `session_id`; (uid_t)-1 when
 // there is no such user.
-uid_t OrboCgiUIDGet(const char* sessionId, const char* userName);
+uid_t OrboCgiUIDGet(const char* session_id, const char* user_name);
 
 // The largest body in bytes that a request other than an upload may have.
 unsigned long long OrboCgiMaxBodySize();

@@ -10,13 +10,13 @@
 int OrboCgiDecryptParam(char* text);
 
 // Derives the 32-character AES key that belongs to the client's `token` into
-// `keyBuffer` of `size` bytes, terminated.  Negative on failure.
-int ORBOKptokenGenerateToken(const char* token, char* keyBuffer, int size);
+// `key_buffer` of `size` bytes, terminated.  Negative on failure.
+int ORBOKptokenGenerateToken(const char* token, char* key_buffer, int size);
 
 namespace ORBO::CredRequestUtil {
 
-// Deciphers `cipherText` with `key` into `plainText`.  False on failure.
-bool GetDecryptAESString(const std::string& key, const std::string& cipherText,
-                         std::string& plainText);
+// Deciphers `cipher_text` with `key` into `plain_text`.  False on failure.
+bool GetDecryptAESString(const std::string& key, const std::string& cipher_text,
+                         std::string& plain_text);
 
 }  // namespace ORBO::CredRequestUtil

@@ -17,8 +17,8 @@ bool ReadJsonFile(const std::string& path, Json::Value& out);
 Json::Value ParseToArray(const std::string& text, const std::string& separator);
 
 // Resolves "%XX"; an escape that is malformed stays as it is.  "+" becomes a
-// blank only if `keepPlus` is false.
-std::string URLDecode(const std::string& text, bool keepPlus);
+// blank only if `keep_plus` is false.
+std::string URLDecode(const std::string& text, bool keep_plus);
 
 // Percent-encodes every byte but the unreserved characters of RFC 3986 (letters,
 // digits, "-", ".", "_", "~").
@@ -28,9 +28,9 @@ std::string URLEncode(const std::string& text);
 // (null counts as an empty one).  Names and values are percent-decoded with "+"
 // as a blank when `decode` is true; the last pair of a name wins; a piece
 // without "=" is a name with an empty value, an empty piece is nothing.  When
-// `typed` is true a value that is exactly one JSON text becomes that value; any
-// other value is a string.  False if `target` is no object, or if the line has
-// more than 4096 pairs; `target` is unchanged then.
+// `typed` is true a value that is exactly one JSON text, blanks around it aside,
+// becomes that value; any other value is a string.  False if `target` is no
+// object, or if the line has more than 4096 pairs; `target` is unchanged then.
 bool strPairToJsonObj(const std::string& line, Json::Value& target, bool decode, bool typed);
 
 }  // namespace ORBO::WebAPIUtil

@@ -23,7 +23,7 @@ constexpr std::array<unsigned char, 256> MakeClasses() {
   }
   classes['"'] = kStringEnd;
   classes['\\'] = kStringEnd;
-  for (const std::size_t c : {' ', '\t', '\n', '\r'}) {
+  for (const unsigned char c : {' ', '\t', '\n', '\r'}) {
     classes[c] |= kBlank | kBlankOrSlash;
   }
   classes['/'] = kBlankOrSlash;

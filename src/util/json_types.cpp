@@ -81,11 +81,7 @@ bool IsBool(const Json::Value& value) { return value.type() == Json::booleanValu
 
 bool IsString(const Json::Value& value) { return value.type() == Json::stringValue; }
 
-bool IsEmpty(const Json::Value& value) {
-  return IsNull(value) ||
-         ((value.type() == Json::objectValue || value.type() == Json::arrayValue) &&
-          value.size() == 0);
-}
+bool IsEmpty(const Json::Value& value) { return value.empty(); }
 
 std::int32_t AsInt(const Json::Value& value) {
   const std::int64_t number = AsInt64(value);

@@ -21,7 +21,7 @@ std::string_view Write(T value, char (&buffer)[kBufferSize]) {
 
 // The exponent of a number's text, cut at what no mantissa makes up for.
 std::int64_t ExponentOf(std::string_view text) {
-  constexpr std::int64_t kBound = std::int64_t{1} << 60;
+  static constexpr std::int64_t kBound = std::int64_t{1} << 60;
   const std::size_t mark = text.find_first_of("eE");
   if (mark == std::string_view::npos) {
     return 0;
@@ -66,7 +66,7 @@ bool ReadInteger(std::string_view text, Integer& out) {
 }
 
 bool ToSigned(const Integer& integer, std::int64_t& out) {
-  constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
+  static constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
   if (integer.amount > kLargest + (integer.negative ? 1 : 0)) {
     return false;
   }

@@ -6,18 +6,18 @@
 
 int OrboCgiDecryptParam(char* /*text*/) { return 0; }
 
-int ORBOKptokenGenerateToken(const char* /*token*/, char* keyBuffer, int size) {
-  if (keyBuffer != nullptr && size > 0) {
-    keyBuffer[0] = '\0';
+int ORBOKptokenGenerateToken(const char* /*token*/, char* key_buffer, int size) {
+  if (key_buffer != nullptr && size > 0) {
+    key_buffer[0] = '\0';
   }
   return -1;
 }
 
 namespace ORBO::CredRequestUtil {
 
-bool GetDecryptAESString(const std::string& /*key*/, const std::string& /*cipherText*/,
-                         std::string& plainText) {
-  plainText.clear();
+bool GetDecryptAESString(const std::string& /*key*/, const std::string& /*cipher_text*/,
+                         std::string& plain_text) {
+  plain_text.clear();
   return false;
 }
 

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string_view>
 
+#include "platform/linux/apparmor_profile.h"
 #include "util/Descriptor.h"
 #include "util/log.h"
 
@@ -16,15 +16,6 @@ using ChangeHat = int (*)(const char* hat, unsigned long token);
 
 constexpr char kSource[] = "confinement.cpp";
 constexpr char kProfileFile[] = "/proc/self/attr/apparmor/current";
-
-// The file's text is the profile's name, then its mode in parentheses, as in
-// "webapi (enforce)"; or the one word "unconfined".
-bool IsUnconfined(std::string_view text) {
-  text = text.substr(0, text.find_last_not_of(std::string_view("\n\0", 2)) + 1);
-  constexpr std::string_view kMode = " (unconfined)";
-  return text == "unconfined" ||
-         (text.size() > kMode.size() && text.substr(text.size() - kMode.size()) == kMode);
-}
 
 ChangeHat LoadChangeHat() {
   // Kept open for the rest of the process, which has only a few calls to make.
@@ -47,14 +38,14 @@ int ORBO_aa_has_profile_restricted() {
     // refusal is a profile's.
     return errno == ENOENT || errno == EINVAL ? 0 : 1;
   }
-  return IsUnconfined({text, static_cast<std::size_t>(size)}) ? 0 : 1;
+  return ORBO::IsConfining({text, static_cast<std::size_t>(size)}) ? 1 : 0;
 }
 
 int ORBO_aa_change_hat(const char* hat, unsigned long token) {
-  static const ChangeHat change_hat = LoadChangeHat();
-  if (change_hat == nullptr) {
+  static const ChangeHat kChangeHat = LoadChangeHat();
+  if (kChangeHat == nullptr) {
     errno = ENOSYS;
     return -1;
   }
-  return change_hat(hat, token);
+  return kChangeHat(hat, token);
 }

@@ -74,6 +74,7 @@ StartOptions::~StartOptions() {
 // The process's id; negative, with `errno` set, if the command cannot be started.
 pid_t Start(std::vector<std::string>& words) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }

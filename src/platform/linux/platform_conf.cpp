@@ -9,15 +9,13 @@
 namespace ORBO {
 namespace {
 
-// The value that the line gives to `key`, or `value` if it is about another one.
+// The value that the line gives to `key`, or `value` if it is about another one,
+// as a comment is: its key begins with "#".
 std::string_view ReadLine(std::string_view line, std::string_view key, std::string_view value) {
-  line = Trim(line);
   const std::size_t equals = line.find('=');
-  if (line.substr(0, 1) == "#" || equals == std::string_view::npos ||
-      Trim(line.substr(0, equals)) != key) {
-    return value;
-  }
-  return Trim(line.substr(equals + 1));
+  return equals != std::string_view::npos && Trim(line.substr(0, equals)) == key
+             ? Trim(line.substr(equals + 1))
+             : value;
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ bool IsUnreserved(char c) {
 
 }  // namespace
 
-std::string URLDecode(const std::string& text, bool keepPlus) {
+std::string URLDecode(const std::string& text, bool keep_plus) {
   std::string decoded;
   decoded.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -42,7 +42,7 @@ std::string URLDecode(const std::string& text, bool keepPlus) {
       decoded += static_cast<char>(byte);
       i += 2;
     } else {
-      decoded += text[i] == '+' && !keepPlus ? ' ' : text[i];
+      decoded += text[i] == '+' && !keep_plus ? ' ' : text[i];
     }
   }
   return decoded;

@@ -3,6 +3,9 @@
 
 #include <json/writer.h>
 
+#include <chrono>
+#include <thread>
+
 #include "server_test.h"
 
 namespace e2e {
@@ -128,6 +131,20 @@ TEST_P(HostileRequests, TheServerOrTheProgramAnswersWhatTheServerMayRefuse) {
                                                      response.body.rfind("{\"data\":", 0) == 0);
     EXPECT_TRUE(refused || answered) << response.status << " " << response.body.substr(0, 200);
   }
+}
+
+TEST_P(HostileRequests, AClientThatHangsUpLeavesNoProgramBehind) {
+  const std::string head = "POST /webapi/entry.cgi?" + Probe("size") +
+                           " HTTP/1.1\r\nHost: x\r\nContent-Length: 100000\r\n";
+  for (const std::string& request :
+       {head, head + "\r\n", head + "\r\nv=" + std::string(70000, 'x')}) {
+    EXPECT_TRUE(server().SendRaw(request, AfterRequest::kHangUp).closed);
+  }
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (server().RunsPrograms() && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  EXPECT_FALSE(server().RunsPrograms());
 }
 
 }  // namespace

@@ -70,6 +70,10 @@ std::vector<Row> Refused() {
        Failure(110)},
       {"built-in API with no list of calls",
        "api=ORBO.Entry.Request&version=1&method=request&compound=5", nullptr, Failure(110)},
+      {"built-in API with calls", "",
+       "api=ORBO.Entry.Request&version=1&method=request&compound="
+       R"([{"api":"ORBO.Test.Probe","version":1,"method":"echo"}])",
+       Failure(110)},
       {"nobody logged in", "api=ORBO.Test.Closed&version=1&method=echo", nullptr, Failure(119)},
   };
 }

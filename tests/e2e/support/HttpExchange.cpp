@@ -76,7 +76,7 @@ std::vector<std::string> HttpResponse::Headers(const std::string& name) const {
   return values;
 }
 
-HttpResponse Exchange(std::uint16_t port, const std::string& request) {
+HttpResponse Exchange(std::uint16_t port, const std::string& request, AfterRequest after) {
   HttpResponse response;
   const auto start = std::chrono::steady_clock::now();
   auto elapsed = [start] {
@@ -94,6 +94,9 @@ HttpResponse Exchange(std::uint16_t port, const std::string& request) {
                                  MSG_NOSIGNAL | MSG_DONTWAIT);
       // A server that has answered already need not read the rest.
       sent = count > 0 ? sent + static_cast<std::size_t>(count) : request.size();
+      if (sent == request.size() && after == AfterRequest::kHangUp) {
+        shutdown(connection, SHUT_WR);
+      }
     }
     if ((descriptor.revents & (POLLIN | POLLHUP | POLLERR)) != 0) {
       char buffer[65536];

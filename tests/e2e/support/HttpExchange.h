@@ -17,9 +17,13 @@ struct HttpResponse {
   std::vector<std::string> Headers(const std::string& name) const;
 };
 
+enum class AfterRequest { kListen, kHangUp };
+
 // Sends `request` as it stands to the loopback interface and reads until the
 // server closes the connection, 30 seconds at most.  A server that answers
-// before it has read everything is fine.
-HttpResponse Exchange(std::uint16_t port, const std::string& request);
+// before it has read everything is fine.  A client that hangs up sends nothing
+// more and says so, yet reads on.
+HttpResponse Exchange(std::uint16_t port, const std::string& request,
+                      AfterRequest after = AfterRequest::kListen);
 
 }  // namespace e2e

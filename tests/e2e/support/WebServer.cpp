@@ -162,6 +162,18 @@ void WebServer::Stop() {
   guardian_ = -1;
 }
 
+bool WebServer::RunsPrograms() const {
+  namespace fs = std::filesystem;
+  for (const auto& process : fs::directory_iterator("/proc")) {
+    std::error_code not_ours;
+    const fs::path program = fs::read_symlink(process.path() / "exe", not_ours);
+    if (program.string().rfind(root_.WebAPIDirectory(), 0) == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
 std::string WebServer::Host() const { return "127.0.0.1:" + std::to_string(port_); }
 
 HttpResponse WebServer::Send(const std::string& method, const std::string& target,

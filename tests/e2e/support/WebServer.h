@@ -37,7 +37,12 @@ class WebServer {
   // Calls through the program; `query` and `form` are parameter lines.
   HttpResponse Get(const std::string& query, const std::vector<std::string>& headers = {}) const;
   HttpResponse Post(const std::string& query, const std::string& form) const;
-  HttpResponse SendRaw(const std::string& request) const { return Exchange(port_, request); }
+  HttpResponse SendRaw(const std::string& request,
+                       AfterRequest after = AfterRequest::kListen) const {
+    return Exchange(port_, request, after);
+  }
+  // Whether a program of this server's web-API directory runs.
+  bool RunsPrograms() const;
 
  private:
   bool Start(ServerKind kind);

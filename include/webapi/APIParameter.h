@@ -15,7 +15,7 @@ struct APIParameterPrivate;
 // Whether a parameter must be present: zero is required, anything else
 // optional.  APIRequest has an enumeration of the same name and values of its
 // own.
-enum PARAM_NECESSITY {
+enum PARAM_NECESSITY : int {
   PARAM_REQUIRED = 0,
   PARAM_OPTIONAL = 1,
 };

@@ -23,7 +23,7 @@ class APIRequestPrivate;
 class WEBAPI_EXPORT APIRequest {
  public:
   // Same values and meaning as ORBO::PARAM_NECESSITY.
-  enum PARAM_NECESSITY {
+  enum PARAM_NECESSITY : int {
     PARAM_REQUIRED = 0,
     PARAM_OPTIONAL = 1,
   };
@@ -138,10 +138,12 @@ class WEBAPI_EXPORT APIRequest {
 
   // --- The URL by which the request came (RFC 3986) ---
 
-  // "https" or "http"; "" when the server does not tell.
+  // "https" for a secure request, else what precedes the first ":" of SCRIPT_URI;
+  // "" when the server sets none.  Always derived, so never `fallback`.
   std::string GetURLProto(const std::string& fallback);
   // Host name or address, an IPv6 literal with its brackets.
   std::string GetURLHost(const std::string& fallback);
+  // `fallback` without a usable Host header; 0 when the port is no number.
   int GetURLPort(int fallback);
   // The two are never derived: always `fallback`.
   std::string GetURLPath(const std::string& fallback);

@@ -44,7 +44,8 @@ class WEBAPI_EXPORT APIResponse {
   // --- Headers ---
 
   // Sets a response header, replacing an earlier value; false if `name` is
-  // empty.  A name or value that holds CR, LF or NUL is left out of the output.
+  // empty.  Names are told apart by case: the type of the answer is "Content-type".  A name or
+  // value that holds CR, LF or NUL is left out of the output.
   bool SetHeader(const std::string& name, const std::string& value);
   bool HasHeader(const std::string& name);
   std::string GetHeader(const std::string& name, const std::string& fallback);

@@ -29,9 +29,10 @@ void OrboCgiFree(OrboCgi* cgi);
 // was loaded before.
 void OrboCgiLoadInCookies(OrboCgi* cgi);
 
-// Decodes a raw parameter line in place, and deciphers it where the line as a
-// whole is enciphered.  `line` is writable and NUL-terminated; the result is
-// never longer.  0 on failure.
+// Deciphers a raw parameter line in place where the line as a whole is
+// enciphered; percent-escapes stay, since the pairs are split before they are
+// decoded.  `line` is writable and NUL-terminated; the result is never longer.
+// 0 on failure.
 int OrboCgiDetectAndDecryptParamLine(char* line);
 
 // Writes the address of the client as text (inet_ntop form) into `buffer`.

@@ -3,7 +3,8 @@
 // Users and groups.
 
 // Writes the path of the directory for preferences of `user` into `buffer` of
-// `size` bytes.  Negative if there is none or it does not fit.
+// `size` bytes, and creates the directory where it is missing.  Negative if there
+// is no such user, the directory cannot be had or used, or its path does not fit.
 int ORBOUserPreferenceDirGet(const char* user, char* buffer, int size);
 
 // The same for a group.

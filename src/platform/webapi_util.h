@@ -28,9 +28,10 @@ std::string URLEncode(const std::string& text);
 // (null counts as an empty one).  Names and values are percent-decoded with "+"
 // as a blank when `decode` is true; the last pair of a name wins; a piece
 // without "=" is a name with an empty value, an empty piece is nothing.  When
-// `typed` is true a value that is exactly one JSON text, blanks around it aside,
+// `typed` is true a value that is exactly one JSON text, with nothing around it,
 // becomes that value; any other value is a string.  False if `target` is no
-// object, or if the line has more than 4096 pairs; `target` is unchanged then.
+// object, or if the line has more than 4096 pairs or more than 2^18 JSON values
+// in all; `target` is unchanged then.
 bool strPairToJsonObj(const std::string& line, Json::Value& target, bool decode, bool typed);
 
 }  // namespace ORBO::WebAPIUtil

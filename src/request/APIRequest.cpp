@@ -90,12 +90,12 @@ int APIRequest::GetRequestMethod() { return private_->request_method(); }
 
 std::string APIRequest::GetURLProto(const std::string& fallback) {
   private_->InitURL();
-  return private_->GetText("url", "urlProto", fallback.c_str());
+  return private_->GetText("url", "urlProto", fallback);
 }
 
 std::string APIRequest::GetURLHost(const std::string& fallback) {
   private_->InitURL();
-  return private_->GetText("url", "urlHost", fallback.c_str());
+  return private_->GetText("url", "urlHost", fallback);
 }
 
 int APIRequest::GetURLPort(int fallback) {
@@ -105,12 +105,12 @@ int APIRequest::GetURLPort(int fallback) {
 
 std::string APIRequest::GetURLPath(const std::string& fallback) {
   private_->InitURL();
-  return private_->GetText("url", "urlPath", fallback.c_str());
+  return private_->GetText("url", "urlPath", fallback);
 }
 
 std::string APIRequest::GetURLName(const std::string& fallback) {
   private_->InitURL();
-  return private_->GetText("url", "urlName", fallback.c_str());
+  return private_->GetText("url", "urlName", fallback);
 }
 
 uid_t APIRequest::GetLoginUID() { return private_->GetLoginUID(); }

@@ -85,23 +85,32 @@ void APIRequestPrivate::InitAPIInfo(Json::Value info) {
 
 void APIRequestPrivate::SetDeferredMethods(std::string_view text) { deferred_methods_ = text; }
 
-void APIRequestPrivate::MaterialiseMethods() {
-  JSON::Parse(deferred_methods_, root_["reqLib"]["methods"], JSON::Comments::kAllowed);
-  deferred_methods_ = {};
+void APIRequestPrivate::MaterialiseMethods(const std::string& section, const std::string& key) {
+  if (!deferred_methods_.empty() && section == "reqLib" && (key.empty() || key == "methods")) {
+    JSON::Parse(deferred_methods_, root_["reqLib"]["methods"], JSON::Comments::kAllowed);
+    deferred_methods_ = {};
+  }
 }
 
 bool APIRequestPrivate::HasData(const std::string& section, const std::string& key) {
-  if (!deferred_methods_.empty() && section == "reqLib" && key == "methods") {
-    MaterialiseMethods();
-  }
+  MaterialiseMethods(section, key);
   return APIBase::HasData(section, key);
+}
+
+bool APIRequestPrivate::SetData(const std::string& section, const std::string& key,
+                                const Json::Value& value, bool stringOnly) {
+  MaterialiseMethods(section, key);
+  return APIBase::SetData(section, key, value, stringOnly);
+}
+
+bool APIRequestPrivate::ClearData(const std::string& section, const std::string& key) {
+  MaterialiseMethods(section, key);
+  return APIBase::ClearData(section, key);
 }
 
 const Json::Value& APIRequestPrivate::GetData(const std::string& section, const std::string& key,
                                               const Json::Value& defaultValue) {
-  if (!deferred_methods_.empty() && section == "reqLib" && (key.empty() || key == "methods")) {
-    MaterialiseMethods();
-  }
+  MaterialiseMethods(section, key);
   return APIBase::GetData(section, key, defaultValue);
 }
 
@@ -117,8 +126,9 @@ bool APIRequestPrivate::DecryptAESParam(Json::Value& params) {
 }
 
 std::string APIRequestPrivate::GetText(const std::string& section, const std::string& key,
-                                       const char* fallback) {
-  return JSON::AsString(GetData(section, key, Json::Value(fallback)));
+                                       const std::string& fallback) {
+  const Json::Value& value = GetData(section, key, Json::Value::nullSingleton());
+  return &value == &Json::Value::nullSingleton() ? fallback : JSON::AsString(value);
 }
 
 bool APIRequestPrivate::GetFlag(const std::string& section, const std::string& key, bool fallback) {

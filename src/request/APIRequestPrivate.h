@@ -35,7 +35,11 @@ class APIRequestPrivate : public APIBase {
   // `text` is well-formed and outlives this object or the next InitAPIInfo.
   void SetDeferredMethods(std::string_view text);
 
+  using APIBase::SetData;
   bool HasData(const std::string& section, const std::string& key) override;
+  bool SetData(const std::string& section, const std::string& key, const Json::Value& value,
+               bool stringOnly) override;
+  bool ClearData(const std::string& section, const std::string& key) override;
   const Json::Value& GetData(const std::string& section, const std::string& key,
                              const Json::Value& defaultValue) override;
 
@@ -64,7 +68,8 @@ class APIRequestPrivate : public APIBase {
   bool IsSliceUploadRequest();
 
   // Conversions of one value of a section, `fallback` when it is absent.
-  std::string GetText(const std::string& section, const std::string& key, const char* fallback);
+  std::string GetText(const std::string& section, const std::string& key,
+                      const std::string& fallback);
   bool GetFlag(const std::string& section, const std::string& key, bool fallback);
 
   const std::string& api() const { return api_; }
@@ -82,7 +87,8 @@ class APIRequestPrivate : public APIBase {
   void TakeParams(Json::Value& request, const char* member);
   // Takes "api", "version" and "method" where `params` has them.
   void SetAPIDesc(const Json::Value& params);
-  void MaterialiseMethods();
+  // Turns the deferred methods into a value if `key` of `section` needs them.
+  void MaterialiseMethods(const std::string& section, const std::string& key);
 
   std::string api_;
   std::int32_t version_ = 0;

@@ -17,10 +17,10 @@ constexpr char kNestedMember[] = "webapi";
 
 constexpr int kKeyBufferSize = 33;  // a key of 32 characters and its terminator
 
-// Clears the key whichever way the call ends.
-struct KeyBuffer {
-  char text[kKeyBufferSize] = {};
-  ~KeyBuffer() { explicit_bzero(text, sizeof text); }
+// A key that is cleared whichever way the call ends.
+struct Key {
+  std::string text = std::string(kKeyBufferSize, '\0');
+  ~Key() { explicit_bzero(text.data(), text.capacity()); }
 };
 
 }  // namespace
@@ -44,10 +44,11 @@ bool DecryptAESParam(Json::Value& params) {
   if (token.empty() || cipher_text.empty()) {
     return false;
   }
-  KeyBuffer key;
-  if (ORBOKptokenGenerateToken(token.c_str(), key.text, kKeyBufferSize) < 0) {
+  Key key;
+  if (ORBOKptokenGenerateToken(token.c_str(), key.text.data(), kKeyBufferSize) < 0) {
     return false;
   }
+  key.text.resize(strnlen(key.text.c_str(), kKeyBufferSize - 1));
   std::string line;
   if (!CredRequestUtil::GetDecryptAESString(key.text, cipher_text, line)) {
     return false;

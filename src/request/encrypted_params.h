@@ -26,7 +26,8 @@ bool DecryptParam(Json::Value& params);
 // the pair are there.
 bool DecryptAESParam(Json::Value& params);
 
-// Deciphers `text` and adds the pairs of its plain line to `params`.
+// Deciphers `text` and adds the pairs of its plain line to `params`.  False if
+// either fails; `params` is unchanged then.
 bool DecryptParamText(const std::string& text, Json::Value& params);
 
 inline constexpr char kCipherTextMember[] = "__cIpHeRtExT";

@@ -1,5 +1,7 @@
 #include "request/section_merge.h"
 
+#include <algorithm>
+
 #include "util/json_types.h"
 
 namespace ORBO {
@@ -8,7 +10,8 @@ bool MergeSection(Json::Value& section, Json::Value value, bool string_only) {
   if (JSON::IsEmpty(value) || !JSON::IsObject(value) || !JSON::IsObject(section)) {
     return false;
   }
-  if (!string_only && JSON::IsEmpty(section)) {
+  if (JSON::IsEmpty(section) &&
+      (!string_only || std::all_of(value.begin(), value.end(), JSON::IsString))) {
     section.swap(value);
     return true;
   }

@@ -1,6 +1,5 @@
 #include <webapi/APIResponse.h>
 
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 

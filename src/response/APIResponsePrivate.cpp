@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <stdexcept>
 
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
@@ -9,6 +10,7 @@
 #include "response/set_cookie.h"
 #include "util/json_types.h"
 #include "util/log.h"
+#include "util/log_text.h"
 
 namespace ORBO {
 namespace {
@@ -45,8 +47,8 @@ void APIResponsePrivate::SetError(int code, const Json::Value& errors) {
 }
 
 const Json::Value& APIResponsePrivate::Body() {
-  static const Json::Value* const kNoBody = new Json::Value(Json::objectValue);
-  return GetData("body", "", *kNoBody);
+  static const Json::Value kNoBody(Json::objectValue);
+  return GetData("body", "", kNoBody);
 }
 
 bool APIResponsePrivate::AddCookie(const std::string& name, const std::string& value,
@@ -57,7 +59,7 @@ bool APIResponsePrivate::AddCookie(const std::string& name, const std::string& v
   }
   if (!IsCookieName(name)) {
     Log(LOG_ERR, "%s(%d)%s: key[%s] contains invalid character", kSource, kCookieNameLine,
-        "AddCookie", name.c_str());
+        "AddCookie", LogText(name, name.size()).c_str());
     return false;
   }
   CookieFields cookie{name, value, path, expireMinutes, domain, secure, httpOnly, 0};
@@ -66,7 +68,11 @@ bool APIResponsePrivate::AddCookie(const std::string& name, const std::string& v
     cookie.now = client_clock ? JSON::AsInt64(request_->GetParam("client_time", Json::Value(0)))
                               : static_cast<std::int64_t>(std::time(nullptr));
   }
-  root_["setCookie"].append(FormatSetCookie(cookie));
+  Json::Value& cookies = root_["setCookie"];
+  if (cookies.type() != Json::arrayValue) {
+    return false;
+  }
+  cookies.append(FormatSetCookie(cookie));
   return true;
 }
 
@@ -77,9 +83,12 @@ bool APIResponsePrivate::Redirect(const std::string& path) {
   std::string location = request_->GetURLProto("");
   location += "://";
   location += JSON::AsString(request_->GetEnv("HTTP_HOST", Json::Value("")));
-  // at() throws for an empty path: redirecting nowhere is the handler's fault
-  // and must not pass for a redirect to the start page.
-  if (path.at(0) != '/') {
+  // Redirecting nowhere is the handler's fault and must not pass for a redirect
+  // to the start page.
+  if (path.empty()) {
+    throw std::out_of_range("basic_string::at");
+  }
+  if (path.front() != '/') {
     location += '/';
   }
   location += path;

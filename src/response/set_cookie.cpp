@@ -21,7 +21,7 @@ bool IsCookieNameCharacter(char c) {
          c == '-';
 }
 
-// `now` plus `minutes`; the latest time there is where the sum does not fit.
+// `now` plus `minutes`, or the nearest time there is where the sum does not fit.
 std::time_t ExpiryTime(std::int64_t now, long minutes) {
   std::int64_t seconds;
   std::int64_t sum;
@@ -29,7 +29,8 @@ std::time_t ExpiryTime(std::int64_t now, long minutes) {
       __builtin_add_overflow(now, seconds, &sum) || sum > std::numeric_limits<std::time_t>::max()) {
     return std::numeric_limits<std::time_t>::max();
   }
-  return static_cast<std::time_t>(std::max<std::int64_t>(sum, 0));
+  return static_cast<std::time_t>(
+      std::max<std::int64_t>(sum, std::numeric_limits<std::time_t>::min()));
 }
 
 std::string FormatDate(std::time_t time) {

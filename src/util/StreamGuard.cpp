@@ -3,17 +3,24 @@
 namespace ORBO {
 
 StreamGuard::StreamGuard(std::ios& stream, std::ios::openmode mode)
-    : stream_(stream), previous_state_(stream.rdstate()) {
+    : stream_(stream),
+      previous_state_(stream.rdstate()),
+      previous_exceptions_(stream.exceptions()) {
+  // The guard's own changes must not throw.
+  stream_.exceptions(std::ios::goodbit);
   null_.open("/dev/null", (mode & std::ios::out) != 0 ? mode | std::ios::trunc : mode);
   previous_buffer_ = stream_.rdbuf(&null_);
 }
 
 StreamGuard::~StreamGuard() {
   null_.close();
-  // A stream that a handler made throw on errors must not do so here.
+  // Nor may a stream that a handler made throw on errors do so here.
   stream_.exceptions(std::ios::goodbit);
   stream_.rdbuf(previous_buffer_);
   stream_.setstate(previous_state_);
+  if ((previous_state_ & previous_exceptions_) == 0) {
+    stream_.exceptions(previous_exceptions_);
+  }
 }
 
 }  // namespace ORBO

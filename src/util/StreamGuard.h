@@ -7,7 +7,7 @@ namespace ORBO {
 
 // Lets a standard stream object read from or write to /dev/null while it lives.
 // Only the object is switched, by its buffer; descriptors stay as they are.
-// Restores the previous buffer and error state.
+// Restores the previous buffer, error state and exception mask.
 class StreamGuard {
  public:
   // `mode` is std::ios::in or std::ios::out.
@@ -20,6 +20,7 @@ class StreamGuard {
  private:
   std::ios& stream_;
   std::ios::iostate previous_state_;
+  std::ios::iostate previous_exceptions_;
   std::filebuf null_;
   std::streambuf* previous_buffer_;
 };

@@ -62,6 +62,16 @@ TEST(APIRequest, IsBuiltFromItsDescription) {
   EXPECT_FALSE(request.HasParam("a") || request.HasParam("b"));
 }
 
+TEST(APIRequest, OpensEncipheredParametersBeforeItTakesThem) {
+  APIRequest request(FromText(R"({
+    "getParam": {"__cIpHeRtExT": "sealed:api=X&version=2&a=1"},
+    "postParam": {"__nEkOtReHpIc": "k", "__tXeTrEhPiC": "k:a=3"}})"));
+  EXPECT_EQ("X", request.GetAPIClass());
+  EXPECT_EQ(2, request.GetAPIVersion());
+  EXPECT_EQ(3, request.GetParam("a", Json::Value()).asInt());
+  EXPECT_FALSE(request.HasParam("__cIpHeRtExT") || request.HasParam("__tXeTrEhPiC"));
+}
+
 TEST(APIRequest, GivesTheCallersDefaultItself) {
   APIRequest request{Json::Value()};
   const Json::Value fallback("x");
@@ -92,6 +102,33 @@ TEST(APIRequest, SessionFactsDefaultToTheClosedSide) {
   EXPECT_EQ(static_cast<uid_t>(-1), request.GetLoginUID());
   EXPECT_TRUE(request.HasAppPriv(""));
   EXPECT_FALSE(request.HasAppPriv("X"));
+}
+
+TEST(APIRequest, SessionFactsAreReadUnderTheirKeys) {
+  APIRequest request{Json::Value()};
+  request.InitSession(FromText(R"({"old":1})"));
+  request.InitSession(FromText(R"({"username":"alice","uid":7,"isAdmin":true,
+      "isSkipCheckIP":false,"isTimeout":false,"timeout":15,"isAuthorized":true,"app":"A",
+      "webapi":"W","appPriv":"P","sessFile":"/s","uiLang":"ger"})"));
+  EXPECT_EQ(7U, request.GetLoginUID());
+  EXPECT_TRUE(request.IsAdmin() && request.IsAuthorized());
+  EXPECT_FALSE(request.IsSkipCheckIP() || request.IsTimeout());
+  EXPECT_EQ(15, request.GetTimeoutDuration());
+  EXPECT_EQ("A W /s ger", request.GetApplication() + " " + request.GetWebAPIPriv() + " " +
+                              request.GetSessionFilePath() + " " + request.GetUILanguage());
+  EXPECT_TRUE(request.HasAppPriv("P"));
+  EXPECT_FALSE(request.HasAppPriv(""));
+  request.InitSession(FromText(R"({"username":"alice","appPriv":["P"]})"));
+  EXPECT_FALSE(request.HasAppPriv("P") || request.IsAuthorized());
+}
+
+TEST(APIRequest, BackgroundTasksNeedBothNames) {
+  APIRequest request{Json::Value()};
+  request.InitEnv(FromText(R"({"task_id":"1"})"));
+  EXPECT_FALSE(request.IsPollingTask());
+  request.InitEnv(FromText(R"({"task_user":"alice","full_task_id":"alice/1"})"));
+  EXPECT_TRUE(request.IsPollingTask());
+  EXPECT_EQ("alice/1", request.GetPollingTaskId());
 }
 
 TEST(APIRequest, UnusableUserIdIsNobody) {
@@ -153,9 +190,10 @@ TEST(APIRequest, DerivesTheURL) {
     SCOPED_TRACE(row.environment);
     APIRequest request{Json::Value()};
     request.InitEnv(FromText(row.environment));
+    // The port first: it depends on the protocol, which nobody has asked for yet.
+    EXPECT_EQ(row.port, request.GetURLPort(-1));
     EXPECT_EQ(row.protocol, request.GetURLProto("none"));
     EXPECT_EQ(row.host, request.GetURLHost("none"));
-    EXPECT_EQ(row.port, request.GetURLPort(-1));
     EXPECT_EQ("/x/", request.GetURLPath("/x/"));
   }
 }
@@ -185,6 +223,13 @@ TEST(EncryptedParams, ReservedMembersGoAndFailureShows) {
       {R"({"webapi":{"__cIpHeRtExT":"garbage","b":2},"a":1})", false,
        R"({"webapi":{"b":2},"a":1})"},
       {R"({"webapi":"text"})", true, R"({"webapi":"text"})"},
+      {R"({"__cIpHeRtExT":"sealed:a=2&b=x","a":"1"})", true, R"({"a":2,"b":"x"})"},
+      {R"({"__nEkOtReHpIc":"k","__tXeTrEhPiC":"k:a=2","a":1})", true, R"({"a":2})"},
+      {R"({"__nEkOtReHpIc":"k","__tXeTrEhPiC":"other:a=2","a":1})", false, R"({"a":1})"},
+      {R"({"__nEkOtReHpIc":"a key that is longer than the buffer for it","__tXeTrEhPiC":"x"})",
+       false, "{}"},
+      {R"({"__cIpHeRtExT":"sealed:__nEkOtReHpIc=k&__tXeTrEhPiC=k:a=2"})", true, R"({"a":2})"},
+      {R"({"webapi":{"__cIpHeRtExT":"sealed:b=2"},"a":1})", true, R"({"webapi":{"b":2},"a":1})"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.before);

@@ -182,8 +182,10 @@ TEST_F(Runner, StreamsAreCutOffUnlessTheMethodAllowsThem) {
   std::streambuf* const cin_buffer = std::cin.rdbuf(input.rdbuf());
   std::streambuf* const cout_buffer = std::cout.rdbuf(output.rdbuf());
   std::cin.setstate(std::ios::eofbit);
+  std::cout.exceptions(std::ios::badbit);
   const Json::Value closed = Call("process");
-  const bool state_kept = std::cin.eof();
+  const bool state_kept = std::cin.eof() && std::cout.exceptions() == std::ios::badbit;
+  std::cout.exceptions(std::ios::goodbit);
   std::cin.clear();
   const Json::Value open = Call("open");
   std::string next;

@@ -27,7 +27,7 @@ TEST(ParamLine, ValuesAreJsonWhereTheyAreExactlyThat) {
       {"a=true&b=null&c=1.5&d=[1,{\"x\":2}]&e=%7B%7D",
        R"({"a":true,"b":null,"c":1.5,"d":[1,{"x":2}],"e":{}})"},
       {"a=012&b=+1&c=1x&d=[1,]&e=True&f=-&g=NaN",
-       R"({"a":"012","b":1,"c":"1x","d":"[1,]","e":"True","f":"-","g":"NaN"})"},
+       R"({"a":"012","b":" 1","c":"1x","d":"[1,]","e":"True","f":"-","g":"NaN"})"},
       {"a=[1]//x&b=/**/1&c=1e999&d=\"a", R"({"a":"[1]//x","b":"/**/1","c":"1e999","d":"\"a"})"},
       {"a&b=&=v&c=d=e&&f==", R"({"":"v","a":"","b":"","c":"d=e","f":"="})"},
       {"a=1&a=&a=3", R"({"a":3})"},
@@ -65,6 +65,11 @@ TEST(ParamLine, RefusedLinesChangeNothing) {
   } rows[] = {
       {"most pairs", Repeat("a&", 4095) + "&&b=2", R"({"x":1})", true},
       {"too many pairs", Repeat("a=1&", 4096) + "b=2", R"({"x":1})", false},
+      {"too many values", "a=[" + Repeat("0,", 1 << 18) + "0]", R"({"x":1})", false},
+      {"too many values in all", Repeat("c=[" + Repeat("[],", 4096) + "0]&", 64) + "b=2",
+       R"({"x":1})", false},
+      {"commas in a text", "a=&b=2&b=[\"" + Repeat(",", 1 << 18) + "\\\"[\"]&b=2", R"({"x":1})",
+       true},
       {"array", "a=1", "[1]", false},
       {"text", "a=1", "\"x\"", false},
   };

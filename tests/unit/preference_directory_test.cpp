@@ -44,7 +44,7 @@ class PreferenceDirectory : public testing::Test {
 TEST_F(PreferenceDirectory, IsCreatedPrivateAndFoundAgain) {
   EXPECT_EQ(expected_, Get());
   EXPECT_EQ(fs::perms::owner_all, fs::status(expected_).permissions());
-  EXPECT_EQ(fs::perms::owner_all, fs::status(base_).permissions());
+  EXPECT_EQ(fs::perms(0755), fs::status(base_).permissions());
   EXPECT_EQ(expected_, Get());
 
   char buffer[1024];

@@ -12,6 +12,10 @@ namespace {
 // Far above what any client needs, and cheap to hold.
 constexpr std::size_t kMaxPairs = 4096;
 
+// A value of one byte of text takes about 100 bytes of memory, so that a body of
+// the largest size could take more than a gigabyte.
+constexpr std::size_t kMaxValues = std::size_t{1} << 18;
+
 // Takes the next piece that is not empty off the line.  False at its end.
 bool TakePiece(std::string_view& line, std::string_view& piece) {
   line.remove_prefix(std::min(line.find_first_not_of('&'), line.size()));
@@ -29,14 +33,46 @@ bool HasTooManyPairs(std::string_view line) {
   return count > kMaxPairs;
 }
 
+void MergeInto(Json::Value& target, Json::Value& pairs) {
+  for (auto pair = pairs.begin(); pair != pairs.end(); ++pair) {
+    target[pair.name()].swap(*pair);
+  }
+}
+
 std::string Decode(std::string_view text, bool decode) {
   std::string decoded(text);
   return decode ? URLDecode(decoded, false) : decoded;
 }
 
+// How many values `text` becomes at most: each element and member of a JSON text
+// follows a bracket or a comma outside of strings.
+std::size_t CountValues(const std::string& text) {
+  if (text.empty() || (text.front() != '[' && text.front() != '{')) {
+    return 1;
+  }
+  std::size_t count = 1;
+  bool in_string = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (in_string && c == '\\') {
+      ++i;
+    } else if (c == '"') {
+      in_string = !in_string;
+    } else if (!in_string && (c == '[' || c == '{' || c == ',')) {
+      ++count;
+    }
+  }
+  return count;
+}
+
+// Strictly one JSON text: blanks around it would make a number of " 10".
+bool IsTyped(const std::string& text) {
+  return JSON::SkipValue(text, 0, JSON::Comments::kRefused) == text.size();
+}
+
 Json::Value ToValue(const std::string& text, bool typed) {
   Json::Value value;
-  if (!typed || !JSON::Parse(text, value)) {
+  if (!typed || !IsTyped(text) || !JSON::Parse(text, value)) {
     value = text;
   }
   return value;
@@ -48,14 +84,20 @@ bool strPairToJsonObj(const std::string& line, Json::Value& target, bool decode,
   if (!JSON::IsObject(target) || HasTooManyPairs(line)) {
     return false;
   }
+  Json::Value pairs(Json::objectValue);
+  std::size_t values = 0;
   std::string_view rest = line;
   std::string_view piece;
   while (TakePiece(rest, piece)) {
     const std::size_t equals = std::min(piece.find('='), piece.size());
-    const std::string_view value = piece.substr(std::min(equals + 1, piece.size()));
-    JSON::Set(target, Decode(piece.substr(0, equals), decode),
-              ToValue(Decode(value, decode), typed));
+    const std::string value = Decode(piece.substr(std::min(equals + 1, piece.size())), decode);
+    values += typed ? CountValues(value) : 1;
+    if (values > kMaxValues) {
+      return false;
+    }
+    JSON::Set(pairs, Decode(piece.substr(0, equals), decode), ToValue(value, typed));
   }
+  MergeInto(target, pairs);
   return true;
 }
 

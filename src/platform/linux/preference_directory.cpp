@@ -17,15 +17,16 @@ using ORBO::Descriptor;
 
 constexpr char kBase[] = "/var/lib/orbo";
 constexpr mode_t kPrivate = 0700;
+constexpr mode_t kShared = 0755;  // the levels above, whoever makes them first
 constexpr int kOpenFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 // Creates the directory `path` and those above it where they are missing.
 void MakePath(const std::string& path) {
   for (std::size_t end = path.find('/', 1); end != std::string::npos;
        end = path.find('/', end + 1)) {
-    mkdir(path.substr(0, end).c_str(), kPrivate);
+    mkdir(path.substr(0, end).c_str(), kShared);
   }
-  mkdir(path.c_str(), kPrivate);
+  mkdir(path.c_str(), kShared);
 }
 
 // Whether the open directory belongs to this process's user, or where
@@ -39,12 +40,12 @@ bool IsOwn(int directory, bool or_root) {
 
 // Opens the directory `name` of `parent`, which it then owns, and creates it if
 // it is missing.  A symbolic link there is refused: it could lead anywhere.
-bool Enter(Descriptor& parent, const std::string& name, bool or_root) {
-  if (mkdirat(parent.get(), name.c_str(), kPrivate) != 0 && errno != EEXIST) {
+bool Enter(Descriptor& parent, const std::string& name, bool shared) {
+  if (mkdirat(parent.get(), name.c_str(), shared ? kShared : kPrivate) != 0 && errno != EEXIST) {
     return false;
   }
   parent.Reset(openat(parent.get(), name.c_str(), kOpenFlags | O_NOFOLLOW));
-  return parent.IsOpen() && IsOwn(parent.get(), or_root);
+  return parent.IsOpen() && IsOwn(parent.get(), shared);
 }
 
 // The preference directory of the user or group with the id `id` below `kind`.

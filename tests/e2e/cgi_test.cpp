@@ -12,11 +12,11 @@ namespace {
 
 class CgiProgram : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { root_ = std::make_unique<TestRoot>(); }
-  static void TearDownTestSuite() { root_.reset(); }
+  static void SetUpTestSuite() { root = std::make_unique<TestRoot>(); }
+  static void TearDownTestSuite() { root.reset(); }
 
   static CgiResult Run(const std::vector<std::string>& environment, const std::string& body = "") {
-    CgiResult result = RunCgi(*root_, environment, body);
+    CgiResult result = RunCgi(*root, environment, body);
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_EQ(result.signal, 0);
     EXPECT_FALSE(result.timed_out);
@@ -31,7 +31,7 @@ class CgiProgram : public ::testing::Test {
   }
 
  private:
-  static inline std::unique_ptr<TestRoot> root_;
+  static inline std::unique_ptr<TestRoot> root;
 };
 
 constexpr char kContentType[] = "Content-type: application/json; charset=\"UTF-8\"\r\n";

@@ -59,6 +59,7 @@ void WebEntry::Run(const Json::Value& /*options*/) {
     OutputHeader();
     OutputBody();
   }
+  OrboCgiDiscardBody();
   if (response_->GetHttpdRestart()) {
     response_->SetCallbackFunc(RestartHttpd, nullptr);
   }

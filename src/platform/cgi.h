@@ -43,5 +43,9 @@ int OrboCgiGetRemoteIP(char* buffer, std::size_t size);
 // there is no such user.
 uid_t OrboCgiUIDGet(const char* session_id, const char* user_name);
 
+// Takes leave of what the request's body still holds, after the answer.  Never
+// waits for the client.
+void OrboCgiDiscardBody();
+
 // The largest body in bytes that a request other than an upload may have.
 unsigned long long OrboCgiMaxBodySize();

@@ -25,7 +25,6 @@ TEST_P(Examples, Answer) {
     int status;
     std::string expected;
   } rows[] = {
-      {hello1, 200, Success(R"({"text":"Hello, world!"})")},
       {hello1 + "&name=5", 200, Refused("name")},
       {hello2 + "&language=de&times=2", 200,
        Success(R"({"lines":["Hallo, world!","Hallo, world!"]})")},
@@ -36,7 +35,6 @@ TEST_P(Examples, Answer) {
       {"api=ORBO.Example.Greeting.Member&version=1&method=hello", 200, Failure(119)},
       {library + "list&offset=3&limit=100", 200,
        Success(R"({"books":[)" + kidnapped + R"(],"total":4})")},
-      {library + "list&limit=0", 200, Refused("limit")},
       {library + "get&id=2", 200, Success(middlemarch)},
       {library + "get&id=9", 404, Failure(1002)},
       {library + "lend&id=2", 405, Failure(1003)},

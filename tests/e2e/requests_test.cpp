@@ -69,8 +69,7 @@ TEST_P(Requests, UploadsNeedAMethodThatTakesThem) {
   // Browsers show the answer to an upload form, and may offer JSON for saving.
   EXPECT_EQ(refused.Headers("Content-type"),
             std::vector<std::string>{"text/html; charset=\"UTF-8\""});
-  const std::string cut_short = upload("upload", "\r\ncontent without an end").body;
-  EXPECT_EQ(cut_short,
+  EXPECT_EQ(upload("upload", "\r\ncontent without an end").body,
             "{\"error\":{\"code\":108,\"errors\":{\"upload_err\":-8}},\"success\":false}\n");
 }
 

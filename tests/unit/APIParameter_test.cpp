@@ -19,19 +19,18 @@ template <typename T>
 void ExpectConversions(const T& earlier, const std::vector<std::pair<const char*, T>>& accepted,
                        const std::vector<const char*>& refused,
                        Json::ValueType type = Json::nullValue) {
-  for (const auto& [json, value] : accepted) {
+  const auto expect = [&](const char* json, bool taken, const T& value) {
     SCOPED_TRACE(json);
     APIParameter<T> parameter;
     parameter.SetDefault(earlier);
-    EXPECT_TRUE(parameter.ParseValue(FromText(json), type));
+    EXPECT_EQ(taken, parameter.ParseValue(FromText(json), type));
     EXPECT_EQ(value, parameter.Get());
+  };
+  for (const auto& [json, value] : accepted) {
+    expect(json, true, value);
   }
   for (const char* json : refused) {
-    SCOPED_TRACE(json);
-    APIParameter<T> parameter;
-    parameter.SetDefault(earlier);
-    EXPECT_FALSE(parameter.ParseValue(FromText(json), type));
-    EXPECT_EQ(earlier, parameter.Get());
+    expect(json, false, earlier);
   }
 }
 
@@ -150,9 +149,8 @@ TEST(APIRequestParameters, UnitArrayWrapsWhatIsNoArray) {
   EXPECT_TRUE(request.GetAndCheckUnitArray("null", kRequired).IsReset());
   EXPECT_TRUE(request.GetAndCheckUnitArray("absent", kRequired).IsInvalid());
   EXPECT_FALSE(request.GetAndCheckUnitArray("absent", kOptional).IsInvalid());
-  const auto two = [](const Json::Value& array) { return array.isArray() && array.size() == 2; };
+  const auto two = [](const Json::Value& array) { return array.size() == 2; };
   EXPECT_TRUE(request.GetAndCheckUnitArray("one", kRequired, two).IsInvalid());
-  EXPECT_FALSE(request.GetAndCheckUnitArray("list", kRequired, two).IsInvalid());
 }
 
 }  // namespace

@@ -45,7 +45,6 @@ class Runner : public testing::Test {
     Describe("ORBO.Test.NoFile", "/nowhere/lib.so", R"({"1":["get"]})");
     Describe("ORBO.Test.NoTable", "libc.so.6", R"({"1":["get"]})");
     Describe("ORBO.Test.NullTable", TestModule("null_table"), R"({"1":["get"]})");
-    Describe("ORBO.Test.NullChecks", TestModule("null_checks"), R"({"1":["get"]})");
     directory_.Write("ORBO.Test.lib", JSON::ToText(descriptions_));
   }
 
@@ -125,11 +124,6 @@ TEST_F(Runner, UnusableLibrariesAreReported) {
     EXPECT_EQ(111, ErrorOf(runner.GetResponse()));
     EXPECT_TRUE(log.Has(text)) << text;
   }
-  LogCapture log;
-  APIRunner runner;
-  runner.Run(Options("ORBO.Test.NullChecks", "get"));
-  EXPECT_TRUE(runner.GetResponse()["success"].asBool());
-  EXPECT_TRUE(log.Has(" cannot get api check table"));
 }
 
 TEST_F(Runner, PermissionIsAskedOnlyWhenNeeded) {

@@ -110,3 +110,5 @@ ORBO::_tag_API_TABLE methods[] = {
 }  // namespace
 
 ORBO::_tag_API_TABLE* GetAPITable() { return methods; }
+// No checks, in the other way to say so than to leave the function out.
+ORBO::_tag_API_CHECK_TABLE* GetAPICheckTable() { return nullptr; }

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <map>
 #include <string>
 
 // The platform's CGI layer: what it knows of the HTTP request that this process
@@ -11,8 +12,23 @@
 // The platform's record of one CGI request.  What it holds beyond this is the
 // platform's business.
 struct OrboCgi {
-  // The Cookie header line as loaded last.
+  // The Cookie header line as the client sent it, and as loaded last.
+  std::string client_cookie_line;
   std::string cookie_line;
+
+  // Of the session that was checked last: its file, its time-out in minutes,
+  // and 1 when it is exempt from the address check.
+  std::string session_file;
+  int timeout = 0;
+  int skip_check_ip = 0;
+  // Its options by number; see OrboCgiGetOption.
+  std::map<int, std::string> options;
+};
+
+// How a session is to be checked.
+struct OrboCgiAuthOptions {
+  int checks;         // 15: all of form, file, address and time-out
+  int allow_timeout;  // 1: the call does not count as activity, else 0
 };
 
 // Sets up the CGI layer for this process and empties `*cgi`.  `name` is the
@@ -41,6 +57,40 @@ int OrboCgiGetRemoteIP(char* buffer, std::size_t size);
 // The user id of the user `userName` of the session `sessionId`; (uid_t)-1 when
 // there is no such user.
 uid_t OrboCgiUIDGet(const char* sessionId, const char* userName);
+
+// Sets up `*cgi` for a session check outside the entry, with the session time-out
+// `timeout` in minutes.  The last two arguments name the list of current users
+// and are the platform's business.
+void OrboCgiInitEx(OrboCgi* cgi, int timeout, bool allowTimeout, const char* userList,
+                   const char* reserved);
+
+// Checks the session `sessionId` and writes its user's name into `user` of
+// `size` bytes.  1 when it is valid; -1 timed out, -2 unknown, -3 another client
+// address, -4 its file cannot be used, -5 the request comes from another site
+// and is recognised by its cookie alone.  On success `*cgi` carries the session's
+// facts, and the session counts as active now unless `allow_timeout` is set.  A
+// session that has timed out is never admitted.
+int OrboCgiIsAuthorizedEx(OrboCgi* cgi, const char* sessionId, char* user, std::size_t size,
+                          const OrboCgiAuthOptions* options, int flags);
+
+inline constexpr int kCgiOptionSkipCheckIP = 1;   // "1" when set
+inline constexpr int kCgiOptionWebAPI = 6;        // the web-API privilege text
+inline constexpr int kCgiOptionApplication = 7;
+inline constexpr int kCgiOptionTimeout = 10;      // minutes, decimal
+
+// Option `option` of the checked session as text, or null.  Valid while `*cgi`
+// is not changed.
+const char* OrboCgiGetOption(const OrboCgi* cgi, int option);
+
+// The interface language of the checked session's user; "enu" by default.
+std::string OrboCgiGetLang(const OrboCgi* cgi);
+
+// The directory of the session files, without a trailing "/".
+std::string OrboCgiSessionDirectory();
+
+// The system's session time-out in minutes; 0 means that sessions never time
+// out.
+int QLIBCConfGetKEPTimeout();
 
 // The largest body in bytes that a request other than an upload may have.
 unsigned long long OrboCgiMaxBodySize();

@@ -16,18 +16,22 @@ struct OrboCgi {
   std::string client_cookie_line;
   std::string cookie_line;
 
-  // Of the session that was checked last: its file, its time-out in minutes,
-  // and 1 when it is exempt from the address check.
+  // Checks with this record never count as activity of the session.
+  bool allow_timeout = false;
+
+  // Of the session that was checked last: its file, its time-out in minutes, 1
+  // when it is exempt from the address check, and its user's language.
   std::string session_file;
   int timeout = 0;
   int skip_check_ip = 0;
+  std::string language;
   // Its options by number; see OrboCgiGetOption.
   std::map<int, std::string> options;
 };
 
 // How a session is to be checked.
 struct OrboCgiAuthOptions {
-  int checks;         // 15: all of form, file, address and time-out
+  int checks;         // 15: all of form, file, address and time-out; all are made anyway
   int allow_timeout;  // 1: the call does not count as activity, else 0
 };
 
@@ -35,7 +39,8 @@ struct OrboCgiAuthOptions {
 // empty string.  Completes the process environment with what stock web servers
 // leave out: SCRIPT_URI, the URL of the request without its query, is derived
 // from REQUEST_SCHEME (or HTTPS), HTTP_HOST and the path where the server did
-// not set it.  Does nothing outside a CGI process.
+// not set it; outside a CGI process the environment stays as it is.  What HTTP_COOKIE
+// holds now is the client's own cookie line.
 void OrboCgiInit(const char* name, OrboCgi* cgi);
 
 // Releases what `*cgi` holds; it may be set up again.
@@ -59,8 +64,9 @@ int OrboCgiGetRemoteIP(char* buffer, std::size_t size);
 uid_t OrboCgiUIDGet(const char* sessionId, const char* userName);
 
 // Sets up `*cgi` for a session check outside the entry, with the session time-out
-// `timeout` in minutes.  The last two arguments name the list of current users
-// and are the platform's business.
+// `timeout` in minutes.  While another record is set up by OrboCgiInit, the client's
+// own cookie line is that one's.  The last two arguments name the list of current
+// users and are the platform's business.
 void OrboCgiInitEx(OrboCgi* cgi, int timeout, bool allowTimeout, const char* userList,
                    const char* reserved);
 

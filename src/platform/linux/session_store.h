@@ -18,7 +18,8 @@ struct Session {
   std::string webapi;       // web-API privilege text
   std::string language;     // "enu" by default
   bool skip_address_check = false;
-  int timeout = -1;              // minutes; 0 never; -1 the system's
+  // Minutes; 0 never; -1 the system's.  Of a session that was read, the one that holds.
+  int timeout = -1;
   std::int64_t created = 0;      // seconds since the epoch
   std::int64_t last_active = 0;  // seconds since the epoch; read from the file's time
 };
@@ -33,13 +34,14 @@ enum class SessionState : int {
 // Whether `id` has the form of a session id: nothing else ever becomes a path.
 bool IsSessionId(const std::string& id);
 
-// Makes a session with a new id; its creation and activity are now.  False, with
-// `errno` set, if it cannot be stored whole.
+// Makes a session with a new id; its creation and activity are now.  Sweeps before.
+// False, with `errno` set, if it cannot be stored whole; EINVAL if it has no user or
+// is too large.
 bool CreateSession(const Session& session, std::string& id);
 
 // Reads a session and judges its time-out.  `out` is filled for kValid and
 // kTimedOut.  A last activity in the future, as after a clock step, counts as
-// now.
+// now and is set to it.
 SessionState ReadSession(const std::string& id, Session& out);
 
 // Makes now the time of the last activity.
@@ -62,7 +64,8 @@ std::vector<ListedSession> ListSessions();
 void SweepSessions();
 
 // The name under which a session may be shown and named by an administrator: it
-// tells one session from another and opens none.
+// tells one session from another and opens none.  "" where the crypto module cannot
+// be used.
 std::string SessionHandle(const std::string& id);
 
 }  // namespace ORBO

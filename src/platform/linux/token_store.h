@@ -27,7 +27,8 @@ struct AccessToken {
 
 // Makes a token and gives its text, which is shown once and kept nowhere.  Fills
 // the id and the creation time of `token`.  False, with `errno` set, if it cannot
-// be stored.
+// be stored; EINVAL if it names no user or an API or method is missing, ENOSYS where
+// the crypto module cannot be used.
 bool CreateToken(AccessToken& token, std::string& text);
 
 // The stored tokens, in order of creation.

@@ -39,7 +39,7 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
       {"token", "create", "a", "--api", "A:m,"},
       {"token", "create", "a", "--api", "*"},
       {"token", "create", "a", "--api", "A", "--expires", "2001-01-01"},
-      {"token", "create", "a", "--api", "A", "--expires", "2100-02-30"},
+      {"token", "create", "a", "--api", "A", "--expires", "2036-02-30"},
       {"token", "create", "a", "--api", "A", "--expires", "0d"},
       {"token", "create", "a", "--api", "A", "--expires", "99999999999999999999d"},
       {"token", "create", "a", "--api", "A", "--note", "a\x1b[2J"},

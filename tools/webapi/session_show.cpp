@@ -19,8 +19,10 @@ constexpr char kDetails[] =
     "Examples:\n"
     "  webapi session show hQ4v1cU0uB2Xb\n";
 
+// Of the names with their colons, and a blank.
+constexpr std::size_t kWidth = 15;
+
 std::string Line(const std::string& name, const std::string& value) {
-  constexpr std::size_t kWidth = 15;
   const std::string start = name + ":";
   return start + std::string(kWidth - start.size(), ' ') +
          (value.empty() ? "-" : Printable(value)) + "\n";

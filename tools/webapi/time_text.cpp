@@ -72,7 +72,8 @@ std::string TimeText(std::int64_t time) {
   const auto moment = static_cast<std::time_t>(time);
   std::tm fields{};
   char text[64];
-  if (localtime_r(&moment, &fields) == nullptr ||
+  // Where time_t has 32 bits it ends in 2038.
+  if (moment != time || localtime_r(&moment, &fields) == nullptr ||
       std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &fields) == 0) {
     return std::to_string(time);
   }

@@ -59,30 +59,30 @@ int OrboCgiDetectAndDecryptParamLine(char* line);
 // Non-zero on success, 0 when the address is not known or does not fit.
 int OrboCgiGetRemoteIP(char* buffer, std::size_t size);
 
-// The user id of the user `userName` of the session `sessionId`; (uid_t)-1 when
+// The user id of the user `user_name` of the session `session_id`; (uid_t)-1 when
 // there is no such user.
-uid_t OrboCgiUIDGet(const char* sessionId, const char* userName);
+uid_t OrboCgiUIDGet(const char* session_id, const char* user_name);
 
 // Sets up `*cgi` for a session check outside the entry, with the session time-out
 // `timeout` in minutes.  While another record is set up by OrboCgiInit, the client's
 // own cookie line is that one's.  The last two arguments name the list of current
 // users and are the platform's business.
-void OrboCgiInitEx(OrboCgi* cgi, int timeout, bool allowTimeout, const char* userList,
+void OrboCgiInitEx(OrboCgi* cgi, int timeout, bool allow_timeout, const char* user_list,
                    const char* reserved);
 
-// Checks the session `sessionId` and writes its user's name into `user` of
+// Checks the session `session_id` and writes its user's name into `user` of
 // `size` bytes.  1 when it is valid; -1 timed out, -2 unknown, -3 another client
 // address, -4 its file cannot be used, -5 the request comes from another site
 // and is recognised by its cookie alone.  On success `*cgi` carries the session's
 // facts, and the session counts as active now unless `allow_timeout` is set.  A
 // session that has timed out is never admitted.
-int OrboCgiIsAuthorizedEx(OrboCgi* cgi, const char* sessionId, char* user, std::size_t size,
+int OrboCgiIsAuthorizedEx(OrboCgi* cgi, const char* session_id, char* user, std::size_t size,
                           const OrboCgiAuthOptions* options, int flags);
 
-inline constexpr int kCgiOptionSkipCheckIP = 1;   // "1" when set
-inline constexpr int kCgiOptionWebAPI = 6;        // the web-API privilege text
+inline constexpr int kCgiOptionSkipCheckIP = 1;  // "1" when set
+inline constexpr int kCgiOptionWebAPI = 6;       // the web-API privilege text
 inline constexpr int kCgiOptionApplication = 7;
-inline constexpr int kCgiOptionTimeout = 10;      // minutes, decimal
+inline constexpr int kCgiOptionTimeout = 10;  // minutes, decimal
 
 // Option `option` of the checked session as text, or null.  Valid while `*cgi`
 // is not changed.

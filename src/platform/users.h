@@ -14,5 +14,5 @@ int ORBOGroupPreferenceDirGet(const char* group, char* buffer, int size);
 int QLIBGroupIsAdminGroupMem(const char* user, int flags);
 
 // Non-zero when `user` holds the application privilege `privilege` from the
-// client address `remoteIP`.
-int QLIBAppPrivUserHas(const char* user, const char* privilege, const char* remoteIP);
+// client address `remote_ip`.
+int QLIBAppPrivUserHas(const char* user, const char* privilege, const char* remote_ip);

@@ -77,7 +77,7 @@ bool Grants(std::string_view line, const Client& client, const char* privilege) 
 
 }  // namespace
 
-int QLIBAppPrivUserHas(const char* user, const char* privilege, const char* remoteIP) {
+int QLIBAppPrivUserHas(const char* user, const char* privilege, const char* remote_ip) {
   std::string text;
   if (user == nullptr || *user == '\0' || privilege == nullptr || !IsPrivilegeName(privilege) ||
       !ORBO::ReadWholeFile(ORBO::RootedPath(kDirectory) + privilege, text)) {
@@ -86,7 +86,7 @@ int QLIBAppPrivUserHas(const char* user, const char* privilege, const char* remo
   std::string_view rest = text;
   while (!rest.empty()) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
-    if (Grants(line, {user, remoteIP}, privilege)) {
+    if (Grants(line, {user, remote_ip}, privilege)) {
       return 1;
     }
     rest.remove_prefix(std::min(line.size() + 1, rest.size()));

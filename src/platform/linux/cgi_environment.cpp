@@ -81,7 +81,7 @@ void OrboCgiInit(const char* /*name*/, OrboCgi* cgi) {
   }
 }
 
-void OrboCgiInitEx(OrboCgi* cgi, int timeout, bool allowTimeout, const char* /*userList*/,
+void OrboCgiInitEx(OrboCgi* cgi, int timeout, bool allow_timeout, const char* /*user_list*/,
                    const char* /*reserved*/) {
   OrboCgiFree(cgi);
   if (cgi == nullptr) {
@@ -91,7 +91,7 @@ void OrboCgiInitEx(OrboCgi* cgi, int timeout, bool allowTimeout, const char* /*u
   const Served& served = ServedRequest();
   cgi->client_cookie_line = served.cgi != nullptr ? served.client_cookie_line : cgi->cookie_line;
   cgi->timeout = timeout;
-  cgi->allow_timeout = allowTimeout;
+  cgi->allow_timeout = allow_timeout;
 }
 
 void OrboCgiFree(OrboCgi* cgi) {

@@ -35,10 +35,10 @@ void* LoadSymbol(const char* symbol) {
 }  // namespace
 
 bool HmacSHA256(const std::string& key, const std::string& data, std::string& out) {
-  static const auto hmac =
-      reinterpret_cast<decltype(&WebapiHmacSHA256)>(LoadSymbol("WebapiHmacSHA256"));
+  using Hmac = decltype(&WebapiHmacSHA256);
+  static const Hmac kHmac = reinterpret_cast<Hmac>(LoadSymbol("WebapiHmacSHA256"));
   unsigned char digest[kDigestSize];
-  if (hmac == nullptr || hmac(Bytes(key), key.size(), Bytes(data), data.size(), digest) != 1) {
+  if (kHmac == nullptr || kHmac(Bytes(key), key.size(), Bytes(data), data.size(), digest) != 1) {
     return false;
   }
   out.assign(reinterpret_cast<const char*>(digest), sizeof digest);

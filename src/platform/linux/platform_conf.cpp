@@ -19,6 +19,8 @@ constexpr char kSource[] = "platform_conf.cpp";
 // difference that its times would show.
 constexpr std::time_t kUnsettled = 2;
 
+constexpr std::string_view kSeparators = ", \t";
+
 // The content of the file, kept for the calls that one request makes.
 class Content {
  public:
@@ -93,7 +95,6 @@ bool PlatformSwitch(std::string_view key, bool fallback) {
 }
 
 std::vector<std::string> SplitSetting(std::string_view text) {
-  constexpr std::string_view kSeparators = ", \t";
   std::vector<std::string> words;
   for (;;) {
     text.remove_prefix(std::min(text.find_first_not_of(kSeparators), text.size()));

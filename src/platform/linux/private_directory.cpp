@@ -16,6 +16,7 @@ namespace {
 constexpr char kSource[] = "private_directory.cpp";
 constexpr mode_t kPrivate = 0700;
 constexpr mode_t kPassable = 0755;
+constexpr int kOpenFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 // What root made before the service's user was known belongs to that user now.
 void GiveToService(int directory, struct stat& status) {
@@ -39,11 +40,10 @@ void MakeDirectories(const std::string& path, mode_t mode) {
 }
 
 PrivateDirectory::PrivateDirectory(const std::string& path) : directory_(-1) {
-  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-  directory_.Reset(open(path.c_str(), kFlags));
+  directory_.Reset(open(path.c_str(), kOpenFlags));
   if (!IsOpen() && errno == ENOENT) {
     MakeDirectories(path, kPrivate);
-    directory_.Reset(open(path.c_str(), kFlags));
+    directory_.Reset(open(path.c_str(), kOpenFlags));
   }
   if (IsOpen() && !Adopt()) {
     Log(LOG_ERR, "%s:%d %s is another user's or open to others", kSource, __LINE__, path.c_str());

@@ -82,14 +82,14 @@ bool Touch(const std::string& id) {
 
 }  // namespace
 
-int OrboCgiIsAuthorizedEx(OrboCgi* cgi, const char* sessionId, char* user, std::size_t size,
+int OrboCgiIsAuthorizedEx(OrboCgi* cgi, const char* session_id, char* user, std::size_t size,
                           const OrboCgiAuthOptions* options, int /*flags*/) {
   if (cgi == nullptr || user == nullptr || size == 0) {
     return static_cast<int>(SessionState::kUnusable);
   }
   ForgetSession(*cgi);
   *user = '\0';
-  const std::string id = sessionId != nullptr ? sessionId : "";
+  const std::string id = session_id != nullptr ? session_id : "";
   Session session;
   const SessionState state = ORBO::ReadSession(id, session);
   if (state == SessionState::kUnknown || state == SessionState::kUnusable) {

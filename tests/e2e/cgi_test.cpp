@@ -1,38 +1,13 @@
 // The program by itself: its output byte for byte, and environments and bodies
 // that no web server lets through.
 
-#include <gtest/gtest.h>
+#include <cstdlib>
 
 #include "server_test.h"
-#include "support/CgiProcess.h"
 
 namespace e2e {
 
 namespace {
-
-class CgiProgram : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() { root = std::make_unique<TestRoot>(); }
-  static void TearDownTestSuite() { root.reset(); }
-
-  static CgiResult Run(const std::vector<std::string>& environment, const std::string& body = "") {
-    CgiResult result = RunCgi(*root, environment, body);
-    EXPECT_EQ(result.exit_code, 0);
-    EXPECT_EQ(result.signal, 0);
-    EXPECT_FALSE(result.timed_out);
-    EXPECT_EQ(result.errors, "");
-    return result;
-  }
-
-  // What follows the header block.
-  static std::string Body(const CgiResult& result) {
-    const std::size_t end = result.output.find("\r\n\r\n");
-    return end == std::string::npos ? "(no header block)" : result.output.substr(end + 4);
-  }
-
- private:
-  static inline std::unique_ptr<TestRoot> root;
-};
 
 constexpr char kContentType[] = "Content-type: application/json; charset=\"UTF-8\"\r\n";
 constexpr char kCacheLines[] =
@@ -41,81 +16,88 @@ constexpr char kCacheLines[] =
     "Expires: 0\r\n"
     "\r\n";
 
-std::vector<std::string> Get(const std::string& query) {
-  return {"GATEWAY_INTERFACE=CGI/1.1", "REQUEST_METHOD=GET",   "QUERY_STRING=" + query,
-          "HTTP_HOST=box:8080",        "REQUEST_SCHEME=https", "SCRIPT_NAME=/webapi/entry.cgi"};
-}
+class CgiProgram : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { root = std::make_unique<TestRoot>(); }
+  static void TearDownTestSuite() { root.reset(); }
 
-std::vector<std::string> Post(const std::string& length) {
-  return {"REQUEST_METHOD=POST", "QUERY_STRING=" + Probe("echo"), "CONTENT_LENGTH=" + length,
-          "CONTENT_TYPE=application/x-www-form-urlencoded"};
-}
+  // The output of the program, run with exactly the variables of `environment`
+  // (shell words) and WEBAPI_ROOT.
+  static std::string Run(const std::string& environment, const std::string& body = "") {
+    const std::string files = root->RunDirectory();
+    std::ofstream(files + "/input", std::ios::binary) << body;
+    const std::string command = "cd " + root->WebAPIDirectory() + " && timeout 30 env -i " +
+                                environment + " WEBAPI_ROOT=" + root->path() + " ./entry.cgi < " +
+                                files + "/input > " + files + "/output 2> " + files + "/errors";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(ReadFile(files + "/errors"), "");
+    return ReadFile(files + "/output");
+  }
+  static std::string Get(const std::string& query, const std::string& more = "") {
+    return Run("GATEWAY_INTERFACE=CGI/1.1 REQUEST_METHOD=GET HTTP_HOST=box:8080 " + more +
+               " REQUEST_SCHEME=https SCRIPT_NAME=/webapi/entry.cgi 'QUERY_STRING=" + query + "'");
+  }
+  // What follows the header block of a form that is sent to "echo".
+  static std::string Post(const std::string& method, const std::string& length,
+                          const std::string& body) {
+    const std::string output = Run("'REQUEST_METHOD=" + method + "' " + length +
+                                       " CONTENT_TYPE=application/x-www-form-urlencoded "
+                                       "'QUERY_STRING=" +
+                                       Probe("echo") + "'",
+                                   body);
+    const std::string head = std::string(kContentType) + kCacheLines;
+    return output.rfind(head, 0) == 0 ? output.substr(head.size()) : output;
+  }
+
+ private:
+  static inline std::unique_ptr<TestRoot> root;
+};
 
 TEST_F(CgiProgram, WritesTheWholeAnswerInOneForm) {
-  EXPECT_EQ(Run(Get(Probe("echo", "b=1&a=%22x%22"))).output,
-            std::string(kContentType) + kCacheLines + Success(R"({"a":"x","b":1})"));
-  EXPECT_EQ(Run(Get("api=ORBO.Test.Closed&version=1&method=echo")).output,
-            std::string(kContentType) + "x-request-error: unauth\r\n" + kCacheLines + Failure(119));
-  EXPECT_EQ(Run(Get(Probe("redirect", "path=/x"))).output,
-            std::string(kContentType) + "Location: https://box:8080/x\r\nStatus: 302\r\n" +
-                kCacheLines + Success("true"));
-  EXPECT_EQ(Run(Get(Probe("cookies", "value=v&path=/p"))).output,
-            std::string(kContentType) +
-                "Set-Cookie: one=v; path=/\r\nSet-Cookie: two=2; path=/p\r\n" + kCacheLines +
+  const std::string type = kContentType;
+  EXPECT_EQ(Get(Probe("echo", "b=1&a=%22x%22")),
+            type + kCacheLines + Success(R"({"a":"x","b":1})"));
+  EXPECT_EQ(Get("api=ORBO.Test.Closed&version=1&method=echo"),
+            type + "x-request-error: unauth\r\n" + kCacheLines + Failure(119));
+  EXPECT_EQ(
+      Get(Probe("redirect", "path=/x")),
+      type + "Location: https://box:8080/x\r\nStatus: 302\r\n" + kCacheLines + Success("true"));
+  EXPECT_EQ(Get(Probe("cookies", "value=v&path=/p")),
+            type + "Set-Cookie: one=v; path=/\r\nSet-Cookie: two=2; path=/p\r\n" + kCacheLines +
                 "{\"success\":true}\n");
-  EXPECT_EQ(Run(Get(Probe("throws"))).output,
-            std::string(kContentType) + "X-Before: kept\r\n" + kCacheLines + Failure(117));
-  EXPECT_EQ(Run({}).output, std::string(kContentType) + kCacheLines + Failure(101));
+  EXPECT_EQ(Get(Probe("throws")), type + "X-Before: kept\r\n" + kCacheLines + Failure(117));
+  EXPECT_EQ(Run(""), type + kCacheLines + Failure(101));
 }
 
-TEST_F(CgiProgram, KnowsThreeRequestMethods) {
-  // The form is read for POST alone.
-  for (const std::string method : {"GET", "HEAD", "PUT", "post", "POST ", "", "DELETE"}) {
-    SCOPED_TRACE(method);
-    std::vector<std::string> environment = Post("3");
-    environment[0] = "REQUEST_METHOD=" + method;
-    EXPECT_EQ(Body(Run(environment, "v=1")), Success("{}"));
+TEST_F(CgiProgram, ReadsAFormForPostAlone) {
+  for (const char* method : {"GET", "HEAD", "PUT", "post", "POST ", "", "DELETE"}) {
+    EXPECT_EQ(Post(method, "CONTENT_LENGTH=3", "v=1"), Success("{}")) << method;
   }
-  EXPECT_EQ(Body(Run(Post("3"), "v=1")), Success(R"({"v":1})"));
 }
 
 TEST_F(CgiProgram, ReadsNoMoreThanTheLengthAndNoMoreThanThereIs) {
-  struct Row {
-    const char* length;
-    std::string body;
-    std::string expected;
-  };
-  const Row rows[] = {
-      {"3", "v=12345", Success(R"({"v":1})")},
-      {"1000", "v=12345", Success(R"({"v":12345})")},
-      {"16777216", "v=12345", Success(R"({"v":12345})")},
-      {"5", "", Success("{}")},
-      {"9", std::string("v=1\0&w=2", 8), Success(R"({"v":1})")},
-      {"0", "v=1", Failure(101)},
-      {"-1", "v=1", Failure(101)},
-      {"-9223372036854775808", "v=1", Failure(101)},
-      {"", "v=1", Failure(101)},
-      {"three", "v=1", Failure(101)},
-      {"16777217", "v=1", Failure(101)},
-      {"4294967299", "v=1", Failure(101)},
-      {"18446744073709551619", "v=1", Failure(101)},
-      {"99999999999999999999999999", "v=1", Failure(101)},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.length);
-    EXPECT_EQ(Body(Run(Post(row.length), row.body)), row.expected);
+  EXPECT_EQ(Post("POST", "CONTENT_LENGTH=3", "v=12345"), Success(R"({"v":1})"));
+  EXPECT_EQ(Post("POST", "CONTENT_LENGTH=16777216", "v=12345"), Success(R"({"v":12345})"));
+  EXPECT_EQ(Post("POST", "CONTENT_LENGTH=5", ""), Success("{}"));
+  EXPECT_EQ(Post("POST", "CONTENT_LENGTH=9", std::string("v=1\0&w=2", 8)), Success(R"({"v":1})"));
+  EXPECT_EQ(Post("POST", "", "v=1"), Failure(101));
+  for (const char* length : {"0", "-1", "-9223372036854775808", "", "three", "16777217",
+                             "4294967299", "18446744073709551619", "99999999999999999999999999"}) {
+    EXPECT_EQ(Post("POST", std::string("CONTENT_LENGTH=") + length, "v=1"), Failure(101)) << length;
   }
-  std::vector<std::string> without_length = Post("3");
-  without_length.erase(without_length.begin() + 2);
-  EXPECT_EQ(Body(Run(without_length, "v=1")), Failure(101));
 }
 
-TEST_F(CgiProgram, TakesTheSessionFromAParameter) {
-  std::vector<std::string> environment = Get(Probe("facts", "_sid=S"));
-  environment.push_back("HTTP_COOKIE=first=1; id=OLD");
-  EXPECT_EQ(Body(Run(environment)),
-            Success(R"({"cookies":"1,none","host":"box","method":1,"proto":"https",)"
-                    R"("session":"S"})"));
+TEST_F(CgiProgram, TakesSessionAndTokenFromParameters) {
+  const auto facts = [](const std::string& parameters, const std::string& environment) {
+    const std::string answer = Get(Probe("facts", parameters), environment);
+    return answer.substr(answer.find("{\"data\""));
+  };
+  const std::string rest = R"(,"method":1,"token":)";
+  EXPECT_EQ(facts("_sid=S&tid=T", "'HTTP_COOKIE=first=1; id=OLD' orboAccessToken=held"),
+            Success(R"({"cookie_line":"first=1; abandoned=OLD; id=S","cookies":"1,none,S")" + rest +
+                    R"("held","url":"https://box"})"));
+  EXPECT_EQ(facts("tid=T", ""), Success(R"({"cookie_line":"unset","cookies":"none,none,")" + rest +
+                                        R"("T","url":"https://box"})"));
 }
 
 }  // namespace

@@ -43,26 +43,26 @@ void Process(APIRequest* /*request*/, APIResponse* response) {
 
 void RedirectNowhere(APIRequest* /*request*/, APIResponse* response) { response->Redirect(""); }
 
-bool RefuseOdd(APIRequest* request, APIResponse* response) {
-  if (request->HasParam("odd")) {
-    response->SetError(1001);
-    return false;
+// Refuses a request that has the parameter `name`.
+bool Refuse(APIRequest* request, APIResponse* response, const char* name, int code) {
+  if (request->HasParam(name)) {
+    response->SetError(code);
   }
-  return true;
+  return !request->HasParam(name);
+}
+
+bool RefuseOdd(APIRequest* request, APIResponse* response) {
+  return Refuse(request, response, "odd", 1001);
+}
+
+bool Fallback(APIRequest* request, APIResponse* response) {
+  return Refuse(request, response, "fallback", 1002);
 }
 
 bool RefuseSilently(APIRequest* /*request*/, APIResponse* /*response*/) { return false; }
 
 bool ThrowInCheck(APIRequest* /*request*/, APIResponse* /*response*/) {
   throw std::runtime_error("check");
-}
-
-bool Fallback(APIRequest* request, APIResponse* response) {
-  if (request->HasParam("fallback")) {
-    response->SetError(1002);
-    return false;
-  }
-  return true;
 }
 
 ORBO::_tag_API_TABLE methods[] = {

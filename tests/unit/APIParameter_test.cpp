@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
-#include <webapi/APIParameter.h>
 #include <webapi/APIParameterFactory.h>
+#include <webapi/APIRequest.h>
 
 #include <limits>
 #include <string>
@@ -11,23 +11,20 @@
 namespace ORBO {
 namespace {
 
-template <typename T>
-struct Accepted {
-  const char* json;
-  T value;
-};
+constexpr auto kRequired = APIRequest::PARAM_REQUIRED;
+constexpr auto kOptional = APIRequest::PARAM_OPTIONAL;
 
 // Every value starts from `earlier`, which a refusal must leave alone.
 template <typename T>
-void ExpectConversions(const T& earlier, const std::vector<Accepted<T>>& accepted,
+void ExpectConversions(const T& earlier, const std::vector<std::pair<const char*, T>>& accepted,
                        const std::vector<const char*>& refused,
                        Json::ValueType type = Json::nullValue) {
-  for (const Accepted<T>& row : accepted) {
-    SCOPED_TRACE(row.json);
+  for (const auto& [json, value] : accepted) {
+    SCOPED_TRACE(json);
     APIParameter<T> parameter;
     parameter.SetDefault(earlier);
-    EXPECT_TRUE(parameter.ParseValue(FromText(row.json), type));
-    EXPECT_EQ(row.value, parameter.Get());
+    EXPECT_TRUE(parameter.ParseValue(FromText(json), type));
+    EXPECT_EQ(value, parameter.Get());
   }
   for (const char* json : refused) {
     SCOPED_TRACE(json);
@@ -51,8 +48,7 @@ TEST(APIParameter, ConvertsOnlyWhatFitsItsType) {
   ExpectConversions<unsigned long long>(
       7, {{"0", 0U}, {"18446744073709551615", 18446744073709551615ULL}},
       {"-1", "-9223372036854775808", "18446744073709551616", "true"});
-  ExpectConversions<bool>(true, {{"false", false}, {"true", true}},
-                          {"0", "1", "\"false\"", "null"});
+  ExpectConversions<bool>(true, {{"false", false}}, {"0", "1", "\"false\"", "null"});
   ExpectConversions<double>(
       7.5, {{"3", 3.0}, {"-0.5", -0.5}, {"true", 1.0}, {"18446744073709551615", 0x1p64}},
       {"\"3\"", "null", "{}"});
@@ -61,34 +57,26 @@ TEST(APIParameter, ConvertsOnlyWhatFitsItsType) {
                                  {"5", "true", "null", "[\"a\"]"});
   ExpectConversions<Json::Value>("earlier", {{"{\"a\":1}", FromText("{\"a\":1}")}},
                                  {"null", "[]", "\"{}\"", "1"}, Json::objectValue);
-}
-
-// The reader stores no such value, a handler's own JSON may.
-TEST(APIParameter, IntRefusesUnsignedStorage) {
-  APIParameter<int> parameter;
-  EXPECT_FALSE(parameter.ParseValue(Json::Value(5U), Json::intValue));
-  APIParameter<long long> wide;
-  EXPECT_TRUE(wide.ParseValue(Json::Value(5U), Json::intValue));
-  EXPECT_EQ(5, wide.Get());
+  // The reader stores no such value, a handler's own JSON may.
+  EXPECT_FALSE(APIParameter<int>().ParseValue(Json::Value(5U), Json::intValue));
+  EXPECT_TRUE(APIParameter<long long>().ParseValue(Json::Value(5U), Json::intValue));
 }
 
 TEST(APIParameter, FlagsTellHowTheValueCameAbout) {
-  struct {
-    const char* name;
+  const struct {
     const char* json;  // null: the parameter is missing
     PARAM_NECESSITY necessity;
     bool set, reset, invalid;
     const char* value_or_fallback;
     bool default_taken;  // what SetDefault returns
     const char* value_after_default;
-  } const rows[] = {
-      {"missing, optional", nullptr, PARAM_OPTIONAL, false, false, false, "fallback", true,
-       "default"},
-      {"missing, required", nullptr, PARAM_REQUIRED, false, false, true, "fallback", false, ""},
-      {"null", "null", PARAM_REQUIRED, true, true, false, "", true, ""},
-      {"wrong type", "5", PARAM_OPTIONAL, true, false, true, "fallback", false, ""},
-      {"refused", "\"refused\"", PARAM_OPTIONAL, true, false, true, "fallback", false, "refused"},
-      {"accepted", "\"text\"", PARAM_REQUIRED, true, false, false, "text", true, "text"},
+  } rows[] = {
+      {nullptr, PARAM_OPTIONAL, false, false, false, "fallback", true, "default"},
+      {nullptr, PARAM_REQUIRED, false, false, true, "fallback", false, ""},
+      {"null", PARAM_REQUIRED, true, true, false, "", true, ""},
+      {"5", PARAM_OPTIONAL, true, false, true, "fallback", false, ""},
+      {"\"refused\"", PARAM_OPTIONAL, true, false, true, "fallback", false, "refused"},
+      {"\"text\"", PARAM_REQUIRED, true, false, false, "text", true, "text"},
   };
   static int validations;
   validations = 0;
@@ -97,7 +85,7 @@ TEST(APIParameter, FlagsTellHowTheValueCameAbout) {
     return text != "refused";
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(testing::PrintToString(row.json));
     Json::Value json(Json::objectValue);
     if (row.json != nullptr) {
       json["name"] = FromText(row.json);
@@ -116,45 +104,55 @@ TEST(APIParameter, FlagsTellHowTheValueCameAbout) {
   EXPECT_EQ(2, validations) << "null and values of the wrong type reach no validator";
 }
 
-TEST(APIParameter, CopiesAreIndependentAndComparedByValue) {
-  APIParameter<Json::Value> original;
-  original.CheckValueTypeAndGet(FromText("[1]"), Json::arrayValue, nullptr);
-  original.MarkReset();
-  APIParameter<Json::Value> copy(original);
-  EXPECT_TRUE(copy.IsSet() && copy.IsReset() && !copy.IsInvalid() && !copy.IsDefault());
-
-  const Json::Value& held = copy.Get();
-  APIParameter<Json::Value> assigned;
-  assigned.SetDefault("other");
-  copy = assigned;
-  EXPECT_EQ(Json::Value("other"), held) << "assignment keeps references to the value";
-  EXPECT_TRUE(copy.IsDefault());
-  EXPECT_FALSE(copy.IsReset());
-  EXPECT_TRUE(original == FromText("[1]")) << "the source keeps its value";
-
-  copy.MarkInvalid();
-  EXPECT_TRUE(copy == assigned) << "flags play no part";
-  EXPECT_TRUE(copy != original);
-  EXPECT_TRUE(copy != Json::Value("else"));
+TEST(APIParameterFactory, LooksOnlyIntoObjects) {
+  const auto invalid = [](const char* json, PARAM_NECESSITY necessity) {
+    return APIParameterFactory::ObjectFromJson(FromText(json), "name", necessity).IsInvalid();
+  };
+  for (const char* missing : {"null", "{}"}) {
+    EXPECT_FALSE(invalid(missing, PARAM_OPTIONAL)) << missing;
+    EXPECT_TRUE(invalid(missing, PARAM_REQUIRED)) << missing;
+  }
+  for (const char* refused : {"[]", "[1]", "\"name\""}) {
+    EXPECT_TRUE(invalid(refused, PARAM_OPTIONAL)) << refused;
+  }
 }
 
-TEST(APIParameterFactory, LooksOnlyIntoObjects) {
-  const struct {
-    const char* container;
-    bool invalid_when_optional;
-    bool invalid_when_required;
-  } rows[] = {{"null", false, true}, {"{}", false, true},      {"[]", true, true},
-              {"[1]", true, true},   {"\"name\"", true, true}, {"{\"name\":{}}", false, false}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.container);
-    const Json::Value json = FromText(row.container);
-    const auto optional = APIParameterFactory::ObjectFromJson(json, "name", PARAM_OPTIONAL);
-    const auto required = APIParameterFactory::ObjectFromJson(json, "name", PARAM_REQUIRED);
-    EXPECT_EQ(row.invalid_when_optional, optional.IsInvalid());
-    EXPECT_EQ(row.invalid_when_required, required.IsInvalid());
+APIRequest RequestWith(const std::string& parameters) {
+  return APIRequest(FromText("{\"postParam\":" + parameters + "}"));
+}
+
+TEST(APIRequestParameters, EachOperationAsksForItsType) {
+  APIRequest request = RequestWith(R"({"int":-3,"wide":4294967296,"real":1.5,
+                                       "object":{},"array":[1],"bool":true})");
+  EXPECT_EQ(-3, request.GetAndCheckInt("int", kRequired).Get(0));
+  EXPECT_TRUE(request.GetAndCheckInt("wide", kRequired).IsInvalid());
+  EXPECT_EQ(4294967296U, request.GetAndCheckIntegral<unsigned long long>("wide", kRequired).Get(0));
+  EXPECT_TRUE(request.GetAndCheckBool("bool", kRequired).Get(false));
+  EXPECT_TRUE(request.GetAndCheckBool("int", kRequired).IsInvalid());
+  EXPECT_EQ(1.5, request.GetAndCheckReal("real", kRequired).Get(0.0));
+  EXPECT_FALSE(request.GetAndCheckObject("object", kRequired).IsInvalid());
+  EXPECT_TRUE(request.GetAndCheckObject("array", kRequired).IsInvalid());
+  EXPECT_TRUE(request.GetAndCheckArray("object", kRequired).IsInvalid());
+  EXPECT_TRUE(request.GetAndCheckInt("absent", kRequired).IsInvalid());
+  EXPECT_FALSE(request.GetAndCheckInt("absent", kOptional).IsInvalid());
+}
+
+TEST(APIRequestParameters, UnitArrayWrapsWhatIsNoArray) {
+  APIRequest request =
+      RequestWith(R"({"one":"a","list":["a","b"],"empty":[],"object":{"k":1},"null":null})");
+  const std::pair<const char*, const char*> rows[] = {
+      {"one", R"(["a"])"}, {"list", R"(["a","b"])"}, {"empty", "[]"}, {"object", R"([{"k":1}])"}};
+  for (const auto& [name, expected] : rows) {
+    const auto parameter = request.GetAndCheckUnitArray(name, kRequired);
+    EXPECT_TRUE(parameter.IsSet() && !parameter.IsInvalid());
+    EXPECT_EQ(expected, JSON::ToText(parameter.Get()));
   }
-  const Json::Value json = FromText("{\"name\":{}}");
-  EXPECT_TRUE(APIParameterFactory::ArrayFromJson(json, "name", PARAM_OPTIONAL).IsInvalid());
+  EXPECT_TRUE(request.GetAndCheckUnitArray("null", kRequired).IsReset());
+  EXPECT_TRUE(request.GetAndCheckUnitArray("absent", kRequired).IsInvalid());
+  EXPECT_FALSE(request.GetAndCheckUnitArray("absent", kOptional).IsInvalid());
+  const auto two = [](const Json::Value& array) { return array.isArray() && array.size() == 2; };
+  EXPECT_TRUE(request.GetAndCheckUnitArray("one", kRequired, two).IsInvalid());
+  EXPECT_FALSE(request.GetAndCheckUnitArray("list", kRequired, two).IsInvalid());
 }
 
 }  // namespace

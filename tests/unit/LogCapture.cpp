@@ -1,22 +1,13 @@
 #include "unit/LogCapture.h"
 
-#include <syslog.h>
-
 #include <cstdarg>
 #include <cstdio>
 
 namespace {
 
-ORBO::LogCapture* g_capture = nullptr;
+bool g_capturing = false;
+std::vector<std::string> g_lines;
 std::string g_identity;
-
-void Capture(const char* format, va_list arguments) {
-  char line[4096];
-  std::vsnprintf(line, sizeof line, format, arguments);
-  if (g_capture != nullptr) {
-    g_capture->Add(line);
-  }
-}
 
 }  // namespace
 
@@ -24,11 +15,15 @@ void Capture(const char* format, va_list arguments) {
 extern "C" {
 
 void vsyslog(int /*priority*/, const char* format, va_list arguments) {
-  Capture(format, arguments);
+  char line[4096];
+  std::vsnprintf(line, sizeof line, format, arguments);
+  if (g_capturing) {
+    g_lines.emplace_back(line);
+  }
 }
 
-void __vsyslog_chk(int /*priority*/, int /*flag*/, const char* format, va_list arguments) {
-  Capture(format, arguments);
+void __vsyslog_chk(int priority, int /*flag*/, const char* format, va_list arguments) {
+  vsyslog(priority, format, arguments);
 }
 
 void openlog(const char* identity, int /*option*/, int /*facility*/) { g_identity = identity; }
@@ -39,17 +34,21 @@ void closelog() {}
 
 namespace ORBO {
 
-LogCapture::LogCapture() { g_capture = this; }
+LogCapture::LogCapture() { g_capturing = true; }
 
-LogCapture::~LogCapture() { g_capture = nullptr; }
+LogCapture::~LogCapture() {
+  g_capturing = false;
+  g_lines.clear();
+}
+
+const std::vector<std::string>& LogCapture::lines() const { return g_lines; }
 
 bool LogCapture::Has(const std::string& text) const {
-  for (const std::string& line : lines_) {
-    if (line.find(text) != std::string::npos) {
-      return true;
-    }
+  bool found = false;
+  for (const std::string& line : g_lines) {
+    found = found || line.find(text) != std::string::npos;
   }
-  return false;
+  return found;
 }
 
 std::string LogIdentity() { return g_identity; }

@@ -10,17 +10,12 @@ class LogCapture {
  public:
   LogCapture();
   ~LogCapture();
-
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  const std::vector<std::string>& lines() const { return lines_; }
+  const std::vector<std::string>& lines() const;
   // Whether any line holds `text`.
   bool Has(const std::string& text) const;
-  void Add(const std::string& line) { lines_.push_back(line); }
-
- private:
-  std::vector<std::string> lines_;
 };
 
 // The identity that the log was opened with last.

@@ -28,8 +28,9 @@ void WebAPIDirectory::Write(const std::string& name, const std::string& text) co
   std::ofstream(directory_ + name) << text;
 }
 
-void WebAPIDirectory::Remove(const std::string& name) const {
-  std::filesystem::remove(directory_ + name);
+void WebAPIDirectory::Configure(const std::string& settings) const {
+  std::filesystem::create_directories(root_ + "/etc/orbo");
+  std::ofstream(root_ + "/etc/orbo/platform.conf") << settings;
 }
 
 std::string TestModule(const std::string& name) {

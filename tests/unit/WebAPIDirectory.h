@@ -16,7 +16,8 @@ class WebAPIDirectory {
 
   // Writes a file of the directory.
   void Write(const std::string& name, const std::string& text) const;
-  void Remove(const std::string& name) const;
+  // Writes the platform's settings below the root.
+  void Configure(const std::string& settings) const;
 
  private:
   std::string root_;

@@ -1,6 +1,5 @@
 // Methods that show what reaches a handler, and handlers that misbehave.
 
-#include <sys/resource.h>
 #include <unistd.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
@@ -21,6 +20,11 @@ std::string TextParam(APIRequest* request, const std::string& name) {
   return request->GetAndCheckString(name, APIRequest::PARAM_OPTIONAL).Get("");
 }
 
+std::string Variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "unset" : value;
+}
+
 // The parameters other than those that name the call.
 void Echo(APIRequest* request, APIResponse* response) {
   Json::Value data = request->GetParam("", Json::Value(Json::objectValue));
@@ -30,18 +34,14 @@ void Echo(APIRequest* request, APIResponse* response) {
   response->SetSuccess(data);
 }
 
-void Size(APIRequest* request, APIResponse* response) {
-  response->SetSuccess(static_cast<Json::UInt64>(TextParam(request, "v").size()));
-}
-
 void Facts(APIRequest* request, APIResponse* response) {
   Json::Value data(Json::objectValue);
   data["method"] = request->GetRequestMethod();
-  data["proto"] = request->GetURLProto("none");
-  data["host"] = request->GetURLHost("none");
-  data["cookies"] =
-      request->GetCookie("first", "none") + "," + request->GetCookie("second", "none");
-  data["session"] = request->GetSessionID();
+  data["url"] = request->GetURLProto("none") + "://" + request->GetURLHost("none");
+  data["cookies"] = request->GetCookie("first", "none") + "," +
+                    request->GetCookie("second", "none") + "," + request->GetSessionID();
+  data["cookie_line"] = Variable("HTTP_COOKIE");
+  data["token"] = Variable("orboAccessToken");
   response->SetSuccess(data);
 }
 
@@ -50,8 +50,7 @@ void Trusted(APIRequest* request, APIResponse* response) {
   Json::Value data(Json::objectValue);
   for (const char* name : {"task_id", "task_user", "full_task_id", "orbo_remoteIP",
                            "APPARMOR_HAT_ARRAY", "HTTP_PROXY", "orboAccessToken"}) {
-    const char* variable = std::getenv(name);
-    if (request->HasEnv(name) || variable != nullptr) {
+    if (request->HasEnv(name) || std::getenv(name) != nullptr) {
       data["seen"].append(name);
     }
   }
@@ -60,24 +59,14 @@ void Trusted(APIRequest* request, APIResponse* response) {
   response->SetSuccess(data);
 }
 
-void Nothing(APIRequest*, APIResponse*) {}
-
 void Throws(APIRequest*, APIResponse* response) {
   response->SetHeader("X-Before", "kept");
   throw std::runtime_error("thrown on purpose");
 }
 
-void ThrowsNumber(APIRequest*, APIResponse*) { throw 42; }
-
 void Noise(APIRequest*, APIResponse* response) {
   std::cout << "NOISE\r\n\r\nNOISE" << std::flush;
-  std::string line;
-  std::getline(std::cin, line);
-  response->SetSuccess(line);
-}
-
-void Nice(APIRequest*, APIResponse* response) {
-  response->SetSuccess(getpriority(PRIO_PROCESS, 0));
+  response->SetSuccess(std::cin.get());
 }
 
 void Redirect(APIRequest* request, APIResponse* response) {
@@ -95,45 +84,27 @@ void Cookies(APIRequest* request, APIResponse* response) {
   response->SetSuccess();
 }
 
-std::string marker;
-
 void RunSlowly(void*) {
   sleep(3);
-  std::ofstream(marker + ".runs", std::ios::app) << "run\n";
+  std::ofstream(Variable("WEBAPI_ROOT") + "/finished", std::ios::app)
+      << (getsid(0) == getpid() ? "in a session of its own\n" : "in the server's session\n");
 }
 
-void Finish(void*) { std::ofstream(marker) << getsid(0) << " " << getpid() << "\n"; }
-
 // Answers at once and leaves work behind.
-void Later(APIRequest* request, APIResponse* response) {
-  const char* root = std::getenv("WEBAPI_ROOT");
-  marker = std::string(root == nullptr ? "" : root) + "/" + TextParam(request, "marker");
+void Later(APIRequest*, APIResponse* response) {
   response->SetCallbackFunc(RunSlowly, nullptr);
-  response->SetCallbackFunc(RunSlowly, nullptr);
-  response->SetCallbackFunc(Finish, nullptr);
   response->SetSuccess();
 }
 
 constexpr char kProbe[] = "ORBO.Test.Probe";
 
 ORBO::_tag_API_TABLE methods[] = {
-    {kProbe, 1, "echo", Echo},
-    {kProbe, 1, "size", Size},
-    {kProbe, 1, "facts", Facts},
-    {kProbe, 1, "trusted", Trusted},
-    {kProbe, 1, "nothing", Nothing},
-    {kProbe, 1, "throws", Throws},
-    {kProbe, 1, "throwsNumber", ThrowsNumber},
-    {kProbe, 1, "noise", Noise},
-    {kProbe, 1, "redirect", Redirect},
-    {kProbe, 1, "header", Header},
-    {kProbe, 1, "cookies", Cookies},
-    {kProbe, 1, "later", Later},
-    {kProbe, 1, "upload", Echo},
-    {"ORBO.Test.Nice", 1, "nice", Nice},
-    {"ORBO.Test.Closed", 1, "echo", Echo},
-    {"ORBO.Test.Open", 1, "echo", Echo},
-    {nullptr, 0, nullptr, nullptr},
+    {kProbe, 1, "echo", Echo},           {kProbe, 1, "facts", Facts},
+    {kProbe, 1, "trusted", Trusted},     {kProbe, 1, "throws", Throws},
+    {kProbe, 1, "noise", Noise},         {kProbe, 1, "redirect", Redirect},
+    {kProbe, 1, "header", Header},       {kProbe, 1, "cookies", Cookies},
+    {kProbe, 1, "later", Later},         {kProbe, 1, "upload", Echo},
+    {"ORBO.Test.Open", 1, "echo", Echo}, {nullptr, 0, nullptr, nullptr},
 };
 
 }  // namespace

@@ -1,19 +1,11 @@
 #include "support/WebServer.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
+#include <netinet/in.h>
+#include <strings.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-// The header of this C library does not declare C linkage itself.
-extern "C" {
-#include <sys/pidfd.h>
-}
-
-#include <chrono>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -25,27 +17,28 @@ namespace e2e {
 namespace {
 
 struct Setup {
-  const char* program;
+  const char* command;  // to run in the foreground
   const char* configuration;
-  const char* foreground;
   const char* run_as;  // lines for a server that root starts
 };
 
-const Setup& SetupOf(ServerKind kind) {
-  static const Setup kLighttpd = {E2E_LIGHTTPD, "lighttpd.conf", "-D",
-                                  "server.username = \"www-data\"\n"
-                                  "server.groupname = \"www-data\"\n"};
-  static const Setup kApache = {E2E_APACHE, "apache.conf", "-DFOREGROUND",
-                                "User www-data\nGroup www-data\n"};
-  return kind == ServerKind::kLighttpd ? kLighttpd : kApache;
-}
+constexpr Setup kLighttpd = {E2E_LIGHTTPD " -D", "lighttpd.conf",
+                             "server.username = \"www-data\"\nserver.groupname = \"www-data\"\n"};
+constexpr Setup kApache = {E2E_APACHE " -DFOREGROUND", "apache.conf",
+                           "User www-data\nGroup www-data\n"};
 
-// A port that is free now.  Another process may take it before the server does;
-// the server then ends at once and is started again on another one.
-std::uint16_t FreePort() {
+sockaddr_in LoopbackAddress(std::uint16_t port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
+  address.sin_port = htons(port);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return address;
+}
+
+// A port that is free now.  Where another process takes it before the server
+// does, the server is started again on another one.
+std::uint16_t FreePort() {
+  sockaddr_in address = LoopbackAddress(0);
   socklen_t size = sizeof address;
   const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (bind(probe, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
@@ -62,104 +55,77 @@ void Replace(std::string& text, const std::string& word, const std::string& valu
   }
 }
 
-void RunServer(const Setup& setup, const std::string& run_directory) {
-  const int log =
-      open((run_directory + "/server.out").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-  const int null = open("/dev/null", O_RDONLY);
-  dup2(null, 0);
-  dup2(log, 1);
-  dup2(log, 2);
-  const std::string configuration = run_directory + "/" + setup.configuration;
-  execl(setup.program, setup.program, setup.foreground, "-f", configuration.c_str(),
-        static_cast<char*>(nullptr));
-  _exit(127);
-}
-
-// The guardian's whole life: starts the server and stops it when the test ends,
-// in whatever way it ends.
-[[noreturn]] void Guard(const Setup& setup, const TestRoot& root, int control) {
-  setsid();
-  const pid_t server = fork();
-  if (server == 0) {
-    RunServer(setup, root.RunDirectory());
+void Parse(const std::string& raw, HttpResponse& response) {
+  const std::size_t head_end = raw.find("\r\n\r\n");
+  if (raw.rfind("HTTP/1.", 0) != 0 || head_end == std::string::npos) {
+    return;
   }
-  const int alive = pidfd_open(server, 0);
-  pollfd descriptors[] = {{alive, POLLIN, 0}, {control, POLLIN, 0}};
-  poll(descriptors, 2, -1);
-  if (descriptors[0].revents == 0) {
-    kill(server, SIGTERM);
-    if (poll(descriptors, 1, 5000) <= 0) {
-      kill(server, SIGKILL);
-    }
+  response.status = std::atoi(raw.c_str() + raw.find(' '));
+  std::size_t position = raw.find("\r\n") + 2;
+  while (position < head_end) {
+    const std::size_t line_end = raw.find("\r\n", position);
+    response.header_lines.push_back(raw.substr(position, line_end - position));
+    position = line_end + 2;
   }
-  waitpid(server, nullptr, 0);
-  char word;
-  const bool test_died = descriptors[1].revents != 0 && recv(control, &word, 1, 0) <= 0;
-  if (test_died) {
-    std::error_code ignored;
-    std::filesystem::remove_all(root.path(), ignored);
-  }
-  _exit(0);
+  response.body = raw.substr(head_end + 4);
 }
 
 }  // namespace
 
+std::vector<std::string> HttpResponse::Headers(const std::string& name) const {
+  std::vector<std::string> values;
+  for (const std::string& line : header_lines) {
+    if (strncasecmp(line.c_str(), (name + ": ").c_str(), name.size() + 2) == 0) {
+      values.push_back(line.substr(name.size() + 2));
+    }
+  }
+  return values;
+}
+
 WebServer::WebServer(ServerKind kind) {
-  for (int attempt = 0; attempt < 5; ++attempt) {
+  for (int attempt = 0; attempt < 3; ++attempt) {
     if (Start(kind)) {
       return;
     }
     Stop();
   }
-  throw std::runtime_error(
-      "the server does not start: " + ReadFile(root_.RunDirectory() + "/server.out") +
-      ReadFile(root_.RunDirectory() + "/error.log"));
+  const std::string run = root_.RunDirectory();
+  throw std::runtime_error("the server does not start: " + ReadFile(run + "/server.out") +
+                           ReadFile(run + "/error.log"));
 }
 
-WebServer::~WebServer() { Stop(); }
-
 bool WebServer::Start(ServerKind kind) {
-  const Setup& setup = SetupOf(kind);
+  const Setup& setup = kind == ServerKind::kLighttpd ? kLighttpd : kApache;
   const std::string run = root_.RunDirectory();
+  const std::string configuration = run + "/" + setup.configuration;
   port_ = FreePort();
   std::string text = ReadFile(std::string(E2E_SERVER_TEMPLATES "/") + setup.configuration + ".in");
   Replace(text, "@ROOT@", root_.path());
   Replace(text, "@RUN@", run);
   Replace(text, "@PORT@", std::to_string(port_));
   Replace(text, "@RUN_AS@", geteuid() == 0 ? setup.run_as : "");
-  std::ofstream(run + "/" + setup.configuration) << text;
+  std::ofstream(configuration) << text;
 
-  int ends[2];
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-    return false;
-  }
-  guardian_ = fork();
-  if (guardian_ == 0) {
-    close(ends[1]);
-    Guard(setup, root_, ends[0]);
-  }
-  close(ends[0]);
-  control_ = ends[1];
-
+  // The guardian outlives this process, and cleans up after one that was killed.
+  const std::string guardian = "trap '' INT; exec > " + run + "/server.out 2>&1; " + setup.command +
+                               " -f " + configuration +
+                               " & server=$!; read -r word || died=yes; kill $server; "
+                               "wait $server; test -z \"$died\" || rm -rf " +
+                               root_.path();
+  guardian_ = popen(guardian.c_str(), "we");
   // Both servers write their process id once they listen.
-  const int alive = pidfd_open(guardian_, 0);
-  const bool listening = WaitForChange(
-      run, [&run] { return !ReadFile(run + "/server.pid").empty(); }, std::chrono::seconds(20),
-      alive);
-  close(alive);
-  return listening && SendRaw("HEAD / HTTP/1.0\r\n\r\n").status != 0;
+  return guardian_ != nullptr &&
+         WaitUntil([&run] { return !ReadFile(run + "/server.pid").empty(); },
+                   std::chrono::seconds(10)) &&
+         Send("HEAD", "/").status != 0;
 }
 
 void WebServer::Stop() {
-  if (guardian_ < 0) {
-    return;
+  if (guardian_ != nullptr) {
+    std::fputs("stop\n", guardian_);
+    pclose(guardian_);
+    guardian_ = nullptr;
   }
-  // A word rather than the end of the stream alone: that comes when the test dies,
-  // and another server's guardian may hold a copy of this end.
-  send(control_, "q", 1, MSG_NOSIGNAL);
-  waitpid(guardian_, nullptr, 0);
-  close(control_);
-  guardian_ = -1;
 }
 
 bool WebServer::RunsPrograms() const {
@@ -174,19 +140,49 @@ bool WebServer::RunsPrograms() const {
   return false;
 }
 
-std::string WebServer::Host() const { return "127.0.0.1:" + std::to_string(port_); }
+HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after) const {
+  const auto start = std::chrono::steady_clock::now();
+  const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const timeval limit{30, 0};
+  setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+  const sockaddr_in address = LoopbackAddress(port_);
+  connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  // Apart, since a server that has answered already need not read the rest.
+  std::thread sender([&request, connection, after] {
+    send(connection, request.data(), request.size(), MSG_NOSIGNAL);
+    if (after == AfterRequest::kHangUp) {
+      shutdown(connection, SHUT_WR);
+    }
+  });
+  HttpResponse response;
+  std::string raw;
+  char buffer[65536];
+  ssize_t count;
+  while ((count = recv(connection, buffer, sizeof buffer, 0)) > 0) {
+    raw.append(buffer, static_cast<std::size_t>(count));
+  }
+  response.closed = count == 0 || errno == ECONNRESET;
+  shutdown(connection, SHUT_RDWR);
+  sender.join();
+  close(connection);
+  response.seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  Parse(raw, response);
+  return response;
+}
 
+// The older protocol version, so that no answer comes in chunks.
 HttpResponse WebServer::Send(const std::string& method, const std::string& target,
                              const std::vector<std::string>& headers,
                              const std::string& body) const {
-  std::string request = method + " " + target + " HTTP/1.1\r\nHost: " + Host() + "\r\n";
+  std::string request = method + " " + target + " HTTP/1.0\r\nHost: " + Host() + "\r\n";
   for (const std::string& line : headers) {
     request += line + "\r\n";
   }
-  if (method == "POST" || !body.empty()) {
+  if (method == "POST") {
     request += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   }
-  return SendRaw(request + "Connection: close\r\n\r\n" + body);
+  return SendRaw(request + "\r\n" + body);
 }
 
 HttpResponse WebServer::Get(const std::string& query,
@@ -195,7 +191,7 @@ HttpResponse WebServer::Get(const std::string& query,
 }
 
 HttpResponse WebServer::Post(const std::string& query, const std::string& form) const {
-  return Send("POST", "/webapi/entry.cgi" + (query.empty() ? "" : "?" + query),
+  return Send("POST", "/webapi/entry.cgi?" + query,
               {"Content-Type: application/x-www-form-urlencoded"}, form);
 }
 

@@ -1,16 +1,26 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
-#include "support/HttpExchange.h"
 #include "support/TestRoot.h"
 
 namespace e2e {
 
+struct HttpResponse {
+  int status = 0;                         // 0 when there was no answer
+  std::vector<std::string> header_lines;  // as received, without line ends
+  std::string body;
+  double seconds = 0;   // until the server closed the connection
+  bool closed = false;  // false when it was silent for 30 seconds
+
+  // The values of every header line of that name, whatever its case.
+  std::vector<std::string> Headers(const std::string& name) const;
+};
+
+enum class AfterRequest { kListen, kHangUp };
 enum class ServerKind { kLighttpd, kApache };
 
 // A web server with a root directory and a port of its own, configured by the
@@ -21,26 +31,26 @@ class WebServer {
   // Returns once the server accepts connections; throws std::exception if it
   // does not.
   explicit WebServer(ServerKind kind);
-  ~WebServer();
+  ~WebServer() { Stop(); }
   WebServer(const WebServer&) = delete;
   WebServer& operator=(const WebServer&) = delete;
 
   const TestRoot& root() const { return root_; }
   // "127.0.0.1:port", as clients write it into Host.
-  std::string Host() const;
+  std::string Host() const { return "127.0.0.1:" + std::to_string(port_); }
 
-  // `target` as in the request line; `headers` are whole lines.  Content-Length
-  // is added when there is a body or the method is POST.
+  // `target` as in the request line; `headers` are whole lines.
   HttpResponse Send(const std::string& method, const std::string& target,
                     const std::vector<std::string>& headers = {},
                     const std::string& body = std::string()) const;
   // Calls through the program; `query` and `form` are parameter lines.
   HttpResponse Get(const std::string& query, const std::vector<std::string>& headers = {}) const;
   HttpResponse Post(const std::string& query, const std::string& form) const;
+  // Sends `request` as it stands and reads until the server closes the
+  // connection.  A server that answers before it has read everything is fine.  A
+  // client that hangs up sends nothing more and says so, yet reads on.
   HttpResponse SendRaw(const std::string& request,
-                       AfterRequest after = AfterRequest::kListen) const {
-    return Exchange(port_, request, after);
-  }
+                       AfterRequest after = AfterRequest::kListen) const;
   // Whether a program of this server's web-API directory runs.
   bool RunsPrograms() const;
 
@@ -50,8 +60,7 @@ class WebServer {
 
   TestRoot root_;
   std::uint16_t port_ = 0;
-  pid_t guardian_ = -1;  // the process that starts the server and outlives this one
-  int control_ = -1;     // the guardian stops the server on a word or the end of this
+  std::FILE* guardian_ = nullptr;  // stops the server on a word or the end of this
 };
 
 }  // namespace e2e

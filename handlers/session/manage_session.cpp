@@ -2,6 +2,8 @@
 #include <webapi/APIResponse.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <vector>
 
 #include "platform/linux/session_store.h"
@@ -34,6 +36,16 @@ Json::Value ToJson(const Session& session) {
   return data;
 }
 
+// False, with the error set, if the session is still there.
+bool Remove(const std::string& id, APIResponse* response) {
+  if (RemoveSession(id) || errno == ENOENT) {
+    return true;
+  }
+  Log(LOG_ERR, "%s:%d cannot remove a session: %s", kSource, __LINE__, std::strerror(errno));
+  response->SetError(kErrorUnavailable);
+  return false;
+}
+
 bool IsHandle(const std::string& handle) { return !handle.empty(); }
 
 }  // namespace
@@ -44,7 +56,9 @@ void CloseSession(APIRequest* request, APIResponse* response) {
     response->SetError(kErrorNoSession);
     return;
   }
-  RemoveSession(request->GetSessionID());
+  if (!Remove(request->GetSessionID(), response)) {
+    return;
+  }
   Log(LOG_AUTHPRIV | LOG_INFO, "%s:%d logout of %s from %s", kSource, __LINE__,
       LogText(session.user).c_str(), LogText(request->GetRemoteIP()).c_str());
   DeleteSessionCookie(request, response);
@@ -97,8 +111,11 @@ void KillSession(APIRequest* request, APIResponse* response) {
   const auto found = std::find_if(
       sessions.begin(), sessions.end(),
       [&handle](const ListedSession& listed) { return SessionHandle(listed.id) == handle.Get(); });
-  if (found == sessions.end() || !RemoveSession(found->id)) {
+  if (found == sessions.end()) {
     response->SetError(kErrorNoSession);
+    return;
+  }
+  if (!Remove(found->id, response)) {
     return;
   }
   Log(LOG_AUTHPRIV | LOG_NOTICE, "%s:%d session of %s ended by %s", kSource, __LINE__,

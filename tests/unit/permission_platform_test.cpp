@@ -1,7 +1,7 @@
 #include <fcntl.h>
-#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <ctime>
@@ -11,6 +11,8 @@
 
 #include "platform/cgi.h"
 #include "platform/linux/address.h"
+#include "platform/linux/fact_cache.h"
+#include "platform/linux/random.h"
 #include "platform/linux/session_store.h"
 #include "platform/users.h"
 #include "unit/LogCapture.h"
@@ -53,6 +55,13 @@ class PermissionPlatform : public testing::Test {
   }
   static void Configure(const std::string& text) { Write("/etc/orbo/platform.conf", text); }
 
+  // Puts the file's last modification `seconds` into the past.
+  static void SetAge(const std::string& path, std::int64_t seconds) {
+    timespec times[2] = {};
+    times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(std::time(nullptr) - seconds);
+    ASSERT_EQ(0, utimensat(AT_FDCWD, path.c_str(), times, 0));
+  }
+
   static std::string RemoteIP() {
     char text[65] = {};
     return OrboCgiGetRemoteIP(text, sizeof text) != 0 ? text : "";
@@ -80,11 +89,7 @@ class SessionCheck : public PermissionPlatform {
 
   static std::string Path(const std::string& id) { return OrboCgiSessionDirectory() + "/" + id; }
 
-  static void Age(const std::string& id, std::int64_t seconds) {
-    timespec times[2] = {};
-    times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(std::time(nullptr) - seconds);
-    ASSERT_EQ(0, utimensat(AT_FDCWD, Path(id).c_str(), times, 0));
-  }
+  static void Age(const std::string& id, std::int64_t seconds) { SetAge(Path(id), seconds); }
 
   static std::int64_t Idle(const std::string& id) {
     struct stat status = {};
@@ -370,6 +375,35 @@ TEST(Address, RangesHoldTheirAddresses) {
   Address address;
   EXPECT_FALSE(ParseAddress(std::string("10.0.0.1\0x", 10), address));
   EXPECT_FALSE(ParseAddress("10.0.0.1%eth0", address));
+}
+
+TEST_F(PermissionPlatform, AnswersOfTheNameServiceAreKeptForHalfAMinute) {
+  bool fact = false;
+  KeepFact("q", true);
+  EXPECT_FALSE(RecallFact("q", fact)) << "without sessions nothing is kept";
+  fs::create_directories(OrboCgiSessionDirectory());
+  for (const bool answer : {true, false}) {
+    KeepFact("q", answer);
+    EXPECT_TRUE(RecallFact("q", fact));
+    EXPECT_EQ(answer, fact);
+  }
+  EXPECT_FALSE(RecallFact("r", fact));
+  const std::string path = OrboCgiSessionDirectory() + "/.facts/" + Base64Url("q");
+  for (const std::int64_t age : {40, -40}) {
+    SetAge(path, age);
+    EXPECT_FALSE(RecallFact("q", fact)) << age;
+  }
+  SetAge(path, 20);
+  EXPECT_TRUE(RecallFact("q", fact));
+  if (geteuid() == 0) {
+    ASSERT_EQ(0, chown(path.c_str(), 65534, 65534));
+    EXPECT_FALSE(RecallFact("q", fact));
+  }
+  KeepFact(std::string(500, 'x'), true);
+  EXPECT_FALSE(RecallFact(std::string(500, 'x'), fact));
+  SetAge(path, 40);
+  SweepFacts();
+  EXPECT_FALSE(fs::exists(path));
 }
 
 TEST_F(PermissionPlatform, AdministratorsAreNamedOrOfTheGroup) {

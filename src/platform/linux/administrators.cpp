@@ -2,22 +2,27 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/fact_cache.h"
 #include "platform/linux/name_service.h"
 #include "platform/linux/platform_conf.h"
 #include "platform/users.h"
 
 namespace {
 
-// Whether platform.conf names the user itself, who then needs no account.
-bool IsNamed(const std::string& user) {
-  const std::vector<std::string> names =
-      ORBO::SplitSetting(ORBO::PlatformSetting("administrators"));
+constexpr char kDefaultGroup[] = "administrators";
+
+bool IsNamed(const std::string& list, const std::string& user) {
+  const std::vector<std::string> names = ORBO::SplitSetting(list);
   return std::find(names.begin(), names.end(), user) != names.end();
 }
 
-gid_t AdministratorsGroup() {
-  const std::string name = ORBO::PlatformSetting("administrators_group");
-  return ORBO::GroupId(name.empty() ? "administrators" : name.c_str());
+// Whether the user's account makes an administrator.
+bool HasAccountOf(const std::string& user, const std::string& group) {
+  return ORBO::CachedFact("administrator\n" + group + "\n" + user, [&] {
+    ORBO::Account account;
+    return ORBO::FindAccount(user.c_str(), account) &&
+           (account.user == 0 || ORBO::IsInGroup(user.c_str(), account, group.c_str()));
+  });
 }
 
 }  // namespace
@@ -29,10 +34,11 @@ int QLIBGroupIsAdminGroupMem(const char* user, int /*flags*/) {
   if (*user == '\0') {
     return 0;
   }
-  ORBO::Account account;
-  return IsNamed(user) ||
-                 (ORBO::FindAccount(user, account) &&
-                  (account.user == 0 || ORBO::IsInGroup(user, account, AdministratorsGroup())))
+  const std::vector<std::string> settings =
+      ORBO::PlatformSettings({"administrators", "administrators_group"});
+  // Those named by the configuration need no account.
+  return IsNamed(settings[0], user) ||
+                 HasAccountOf(user, settings[1].empty() ? kDefaultGroup : settings[1])
              ? 1
              : 0;
 }

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "platform/linux/address.h"
+#include "platform/linux/fact_cache.h"
 #include "platform/linux/name_service.h"
 #include "platform/linux/platform_conf.h"
 #include "platform/users.h"
@@ -43,10 +44,12 @@ std::string TakeWord(std::string_view& line) {
   return std::string(word);
 }
 
-bool IsMember(const char* user, const std::string& group) {
-  ORBO::Account account;
-  return ORBO::FindAccount(user, account) &&
-         ORBO::IsInGroup(user, account, ORBO::GroupId(group.c_str()));
+bool IsMember(const std::string& user, const std::string& group) {
+  return ORBO::CachedFact("member\n" + group + "\n" + user, [&] {
+    ORBO::Account account;
+    return ORBO::FindAccount(user.c_str(), account) &&
+           ORBO::IsInGroup(user.c_str(), account, group.c_str());
+  });
 }
 
 // Whether the rest of a line names the client's address, or none at all.

@@ -31,8 +31,8 @@ const AuthModule* Open() {
 }  // namespace
 
 const AuthModule* OpenAuthModule() {
-  static const AuthModule* const module = Open();
-  return module;
+  static const AuthModule* const kModule = Open();
+  return kModule;
 }
 
 }  // namespace ORBO

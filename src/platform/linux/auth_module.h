@@ -25,7 +25,7 @@ struct AuthModule {
 inline constexpr std::size_t kHashSize = 384;
 
 // The module's one symbol, a function without parameters that returns its table.
-inline constexpr char kAuthModuleEntry[] = "webapi_auth_module";
+inline constexpr char kAuthModuleEntry[] = "WebapiAuthModule";
 using AuthModuleEntry = const AuthModule* (*)();
 
 // The module, opened at the first call and kept; null, and logged, if that fails.

@@ -59,8 +59,9 @@ bool FindAccount(const char* name, Account& out) {
   return true;
 }
 
-bool IsInGroup(const char* name, const Account& account, gid_t group) {
-  if (group == kNoGroup) {
+bool IsInGroup(const char* name, const Account& account, const char* group) {
+  const gid_t id = GroupId(group);
+  if (id == kNoGroup) {
     return false;
   }
   std::vector<gid_t> groups;
@@ -69,7 +70,7 @@ bool IsInGroup(const char* name, const Account& account, gid_t group) {
     int found = count;
     if (getgrouplist(name, account.group, groups.data(), &found) >= 0) {
       const auto end = groups.begin() + found;
-      return std::find(groups.begin(), end, group) != end;
+      return std::find(groups.begin(), end, id) != end;
     }
   }
   return false;

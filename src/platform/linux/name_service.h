@@ -21,7 +21,7 @@ struct Account {
 // is none.
 bool FindAccount(const char* name, Account& out);
 
-// Whether the user `name`, whose account is `account`, belongs to `group`.
-bool IsInGroup(const char* name, const Account& account, gid_t group);
+// Whether the user `name`, whose account is `account`, belongs to the group `group`.
+bool IsInGroup(const char* name, const Account& account, const char* group);
 
 }  // namespace ORBO

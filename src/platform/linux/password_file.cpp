@@ -22,6 +22,7 @@ namespace {
 constexpr char kDirectory[] = "/etc/orbo";
 constexpr char kName[] = "passwords";
 constexpr char kNewName[] = "passwords.new";
+constexpr char kLockName[] = "passwords.lock";
 constexpr char kSessionDirectory[] = "/run/orbo/sessions";
 constexpr mode_t kPrivate = 0600;
 constexpr mode_t kGroupReads = 0640;
@@ -185,8 +186,13 @@ bool ReadStoredPassword(const std::string& user, StoredPassword& out) {
 bool WriteStoredPassword(const std::string& user, const std::string& hash) {
   mkdir(RootedPath(kDirectory).c_str(), kPassable);
   const Descriptor directory(OpenDirectory());
-  // The lock is on the directory: the file itself is replaced under it.
-  if (!directory.IsOpen() || flock(directory.get(), LOCK_EX) != 0) {
+  // A file of its own, since the other one is replaced; and not the directory, which
+  // everybody may open and hold locked.
+  const Descriptor lock(
+      directory.IsOpen()
+          ? openat(directory.get(), kLockName, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, kPrivate)
+          : -1);
+  if (!lock.IsOpen() || flock(lock.get(), LOCK_EX) != 0) {
     return false;
   }
   std::string text;

@@ -1,10 +1,12 @@
 #include "platform/linux/platform_conf.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <ctime>
 
+#include "util/Descriptor.h"
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/read_file.h"
@@ -43,15 +45,15 @@ bool Content::IsCurrent(const struct stat& status) const {
 }
 
 const std::string& Content::Read(const std::string& path) {
-  struct stat status;
-  if (stat(path.c_str(), &status) != 0) {
-    status = {};
-  } else if (IsCurrent(status)) {
+  struct stat status = {};
+  if (status_.st_ino != 0 && stat(path.c_str(), &status) == 0 && IsCurrent(status)) {
     return text_;
   }
   text_.clear();
   status_ = {};
-  if (status.st_ino != 0 && ReadWholeFile(path, text_) &&
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (file.IsOpen() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+      ReadUpTo(file.get(), static_cast<unsigned long long>(status.st_size), text_) &&
       std::time(nullptr) - status.st_ctim.tv_sec > kUnsettled) {
     status_ = status;
   }
@@ -66,18 +68,29 @@ std::string_view ReadLine(std::string_view line, std::string_view key, std::stri
              : value;
 }
 
+std::string_view ValueOf(std::string_view text, std::string_view key) {
+  std::string_view value;
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    value = ReadLine(line, key, value);
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
+  return value;
+}
+
 }  // namespace
 
-std::string PlatformSetting(std::string_view key) {
+std::string PlatformSetting(std::string_view key) { return PlatformSettings({key}).front(); }
+
+std::vector<std::string> PlatformSettings(std::initializer_list<std::string_view> keys) {
   static Content content;
-  std::string_view value;
-  std::string_view rest = content.Read(RootedPath("/etc/orbo/platform.conf"));
-  while (!rest.empty()) {
-    const std::string_view line = rest.substr(0, rest.find('\n'));
-    value = ReadLine(line, key, value);
-    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+  const std::string& text = content.Read(RootedPath("/etc/orbo/platform.conf"));
+  std::vector<std::string> values;
+  values.reserve(keys.size());
+  for (const std::string_view key : keys) {
+    values.emplace_back(ValueOf(text, key));
   }
-  return std::string(value);
+  return values;
 }
 
 bool PlatformSwitch(std::string_view key, bool fallback) {

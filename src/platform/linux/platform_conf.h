@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,9 @@ namespace ORBO {
 // The file is looked at in every call, and read again when it has changed.  Most
 // requests ask for nothing.
 std::string PlatformSetting(std::string_view key);
+
+// The values of several keys, in their order, from one look at the file.
+std::vector<std::string> PlatformSettings(std::initializer_list<std::string_view> keys);
 
 // The setting as "yes" or "no"; `fallback` where it is neither, logged if it is
 // not empty.

@@ -7,6 +7,7 @@
 
 #include "platform/cgi.h"
 #include "platform/linux/crypto.h"
+#include "platform/linux/fact_cache.h"
 #include "platform/linux/private_file.h"
 #include "platform/linux/random.h"
 #include "platform/linux/session_store.h"
@@ -49,6 +50,7 @@ void SweepSessions() {
     }
   }
   SweepPrivateDirectory(directory);
+  SweepFacts();
 }
 
 std::string SessionHandle(const std::string& id) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include <webapi/APICookie.h>
 #include <webapi/Export.h>
 #include <webapi/HTTPStatus.h>
 
@@ -66,6 +67,11 @@ class WEBAPI_EXPORT APIResponse {
   // False, and nothing added, if an argument is empty or `name` holds anything
   // but letters, digits, "_" and "-".  The value is percent-encoded.
   bool AddCookie(const std::string& path, const std::string& name, const std::string& value);
+  // Adds a cookie with attributes.  False, and nothing added, in the same cases, for
+  // a path or domain with ";" or a control character, and for one that other sites
+  // may use and that is not secure.  A cookie is deleted by the same name, path and
+  // domain, any value, and a negative time.
+  bool AddCookie(const APICookie& cookie);
   // The cookies added, as an array of strings.
   Json::Value GetCookies();
 

@@ -86,6 +86,8 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
   bool ProcessRelay(APIRequest* request, APIResponse* response);
   // Takes over a session id or an access token that came as a parameter.
   bool InitSessionVariables();
+  // Checks session and token; the result of the platform's check.
+  int CheckCredentials(bool allowTimeout);
 
   Json::Value temp_files_;        // paths to delete at the end
   std::unique_ptr<OrboCgi> cgi_;  // the platform's record of this request

@@ -1,29 +1,78 @@
 #include <webapi/APIAuth.h>
 
+#include <cstdlib>
+#include <memory>
+#include <string>
+
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 
-#include "request/user_class.h"
+#include "entry/permission_codes.h"
+#include "entry/user_rights.h"
+#include "platform/cgi.h"
+#include "platform/files.h"
 #include "util/error_codes.h"
-#include "util/json_types.h"
 
 namespace ORBO {
+namespace {
+
+constexpr std::size_t kUserNameSize = 493;
+constexpr int kAllChecks = 15;
+
+// A platform record for one check, released on every path.
+class CgiRecord {
+ public:
+  CgiRecord() = default;
+  ~CgiRecord() { OrboCgiFree(&cgi_); }
+  CgiRecord(const CgiRecord&) = delete;
+  CgiRecord& operator=(const CgiRecord&) = delete;
+  OrboCgi* get() { return &cgi_; }
+
+ private:
+  OrboCgi cgi_;
+};
+
+bool IsValidSession(const char* session_id, bool allow_timeout) {
+  CgiRecord cgi;
+  OrboCgiInitEx(cgi.get(), QLIBCConfGetKEPTimeout(), allow_timeout, "current.users", "");
+  char user[kUserNameSize] = {};
+  const OrboCgiAuthOptions options{kAllChecks, 0};
+  return PermissionError(
+             OrboCgiIsAuthorizedEx(cgi.get(), session_id, user, sizeof user, &options, 0)) == 0;
+}
+
+}  // namespace
 
 bool APIAuth::CheckAllowUser(APIRequest* request, const char* userName) {
-  if (request == nullptr || userName == nullptr) {
+  return request != nullptr &&
+         IsUserAllowed(request, userName, request->GetAPIInfo("allowUser", Json::Value()));
+}
+
+bool APIAuth::CheckPermission(APIRequest* request, APIResponse* response, const char* sessionId,
+                              bool allowTimeout) {
+  if (sessionId == nullptr || !IsValidSession(sessionId, allowTimeout)) {
+    response->SetError(kErrorNoPrivilege);
     return false;
   }
-  const Json::Value classes = request->GetAPIInfo("allowUser", Json::Value());
-  return ContainsUserClass(classes, UserClass(userName, request->IsAdmin()));
+  if (response->GetError() != 0) {
+    return false;
+  }
+  const std::string user = request->GetLoginUserName();
+  if (!CheckAllowUser(request, user.c_str()) || !HasRequiredPrivilege(request, user.c_str())) {
+    response->SetError(kErrorNoPrivilege);
+    return false;
+  }
+  return true;
 }
 
-bool APIAuth::CheckPermission(APIRequest* /*request*/, APIResponse* response,
-                              const char* /*sessionId*/, bool /*allowTimeout*/) {
-  // The platform keeps no sessions: none is valid.
-  response->SetError(kErrorNoPrivilege);
-  return false;
+bool APIAuth::UpdateTimeout(APIRequest* request) {
+  CgiRecord cgi;
+  OrboCgiInit("", cgi.get());
+  const std::string path = OrboCgiSessionDirectory() + "/" + request->GetSessionID();
+  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
+                                                             std::free);
+  // No link and no ".." may lead to another file.
+  return resolved != nullptr && path == resolved.get() && QLIBCFileUTime(path.c_str(), 1, 0) == 0;
 }
-
-bool APIAuth::UpdateTimeout(APIRequest* /*request*/) { return false; }
 
 }  // namespace ORBO

@@ -73,6 +73,8 @@ bool APIResponse::AddCookie(const std::string& path, const std::string& name,
   return private_->AddCookie(name, value, path, 0, "", false, false);
 }
 
+bool APIResponse::AddCookie(const APICookie& cookie) { return private_->AddCookie(cookie); }
+
 Json::Value APIResponse::GetCookies() {
   return private_->GetData("setCookie", "", Json::Value::nullSingleton());
 }

@@ -18,6 +18,12 @@ namespace {
 constexpr char kSource[] = "APIResponse";
 constexpr int kCookieNameLine = 84;  // prescribed for this message
 
+// Whether `text`, a path or a domain, ends its attribute and no other begins.
+bool IsAttributeValue(const std::string& text) {
+  return std::none_of(text.begin(), text.end(),
+                      [](unsigned char c) { return c < 0x20 || c == 0x7f || c == ';'; });
+}
+
 }  // namespace
 
 APIResponsePrivate::APIResponsePrivate(APIRequest* request, APIResponse* owner)
@@ -54,25 +60,35 @@ const Json::Value& APIResponsePrivate::Body() {
 bool APIResponsePrivate::AddCookie(const std::string& name, const std::string& value,
                                    const std::string& path, long expireMinutes,
                                    const std::string& domain, bool secure, bool httpOnly) {
-  if (name.empty() || value.empty() || path.empty()) {
+  return AppendCookie(
+      {name, value, path, domain, expireMinutes, secure, httpOnly, APICookie::SameSite::kUnset});
+}
+
+bool APIResponsePrivate::AddCookie(const APICookie& cookie) {
+  return IsAttributeValue(cookie.path) && IsAttributeValue(cookie.domain) &&
+         (cookie.secure || cookie.same_site != APICookie::SameSite::kNone) && AppendCookie(cookie);
+}
+
+bool APIResponsePrivate::AppendCookie(const APICookie& cookie) {
+  if (cookie.name.empty() || cookie.value.empty() || cookie.path.empty()) {
     return false;
   }
-  if (!IsCookieName(name)) {
+  if (!IsCookieName(cookie.name)) {
     Log(LOG_ERR, "%s(%d)%s: key[%s] contains invalid character", kSource, kCookieNameLine,
-        "AddCookie", LogText(name, name.size()).c_str());
+        "AddCookie", LogText(cookie.name, cookie.name.size()).c_str());
     return false;
   }
-  CookieFields cookie{name, value, path, expireMinutes, domain, secure, httpOnly, 0};
-  if (expireMinutes > 0) {
+  std::int64_t now = 0;
+  if (cookie.expire_minutes > 0) {
     const bool client_clock = request_ != nullptr && request_->HasParam("client_time");
-    cookie.now = client_clock ? JSON::AsInt64(request_->GetParam("client_time", Json::Value(0)))
-                              : static_cast<std::int64_t>(std::time(nullptr));
+    now = client_clock ? JSON::AsInt64(request_->GetParam("client_time", Json::Value(0)))
+                       : static_cast<std::int64_t>(std::time(nullptr));
   }
   Json::Value& cookies = root_["setCookie"];
   if (cookies.type() != Json::arrayValue) {
     return false;
   }
-  cookies.append(FormatSetCookie(cookie));
+  cookies.append(FormatSetCookie(cookie, now));
   return true;
 }
 

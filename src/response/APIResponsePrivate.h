@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <webapi/APIBase.h>
+#include <webapi/APICookie.h>
 
 namespace ORBO {
 
@@ -33,12 +34,15 @@ class APIResponsePrivate : public APIBase {
 
   bool AddCookie(const std::string& name, const std::string& value, const std::string& path,
                  long expireMinutes, const std::string& domain, bool secure, bool httpOnly);
+  bool AddCookie(const APICookie& cookie);
   bool Redirect(const std::string& path);
 
   void SetCallbackFunc(void (*function)(void*), void* argument);
   CallbackList* GetCallbackFuncs() { return &callbacks_; }
 
  private:
+  bool AppendCookie(const APICookie& cookie);
+
   APIRequest* request_;  // not owned; may be null
   APIResponse* owner_;   // not owned
   int error_ = 0;        // the last code given to SetError

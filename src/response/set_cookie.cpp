@@ -46,17 +46,30 @@ std::string FormatDate(std::time_t time) {
   return std::string(text, length);
 }
 
+const char* SameSiteAttribute(APICookie::SameSite same_site) {
+  switch (same_site) {
+    case APICookie::SameSite::kStrict:
+      return "; samesite=Strict";
+    case APICookie::SameSite::kLax:
+      return "; samesite=Lax";
+    case APICookie::SameSite::kNone:
+      return "; samesite=None";
+    default:
+      return "";
+  }
+}
+
 }  // namespace
 
 bool IsCookieName(const std::string& name) {
   return std::all_of(name.begin(), name.end(), IsCookieNameCharacter);
 }
 
-std::string FormatSetCookie(const CookieFields& cookie) {
+std::string FormatSetCookie(const APICookie& cookie, std::int64_t now) {
   std::string text = cookie.name + "=" + WebAPIUtil::URLEncode(cookie.value);
   text += "; path=" + cookie.path;
   if (cookie.expire_minutes > 0) {
-    text += "; expires=" + FormatDate(ExpiryTime(cookie.now, cookie.expire_minutes));
+    text += "; expires=" + FormatDate(ExpiryTime(now, cookie.expire_minutes));
   } else if (cookie.expire_minutes < 0) {
     text += "; expires=";
     text += kLongPast;
@@ -70,6 +83,7 @@ std::string FormatSetCookie(const CookieFields& cookie) {
   if (cookie.http_only) {
     text += "; httponly";
   }
+  text += SameSiteAttribute(cookie.same_site);
   return text;
 }
 

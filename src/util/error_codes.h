@@ -9,6 +9,7 @@ enum ErrorCode : int {
   kErrorNoSuchMethod = 103,   // not listed for the version
   kErrorNoSuchVersion = 104,  // out of range
   kErrorNoPrivilege = 105,
+  kErrorSessionTimeout = 106,
   kErrorUpload = 108,    // upload could not be read
   kErrorRelay = 109,     // relay failed or is not possible here
   kErrorCompound = 110,  // compound request without a list of calls

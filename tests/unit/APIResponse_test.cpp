@@ -43,6 +43,35 @@ TEST(APIResponse, CookiesAreFormattedWhole) {
             response.GetData("setCookie", "", Json::Value()));
 }
 
+TEST(APIResponse, CookiesCarryTheirAttributes) {
+  using SameSite = APICookie::SameSite;
+  const struct {
+    APICookie cookie;
+    const char* expected;  // null where it is refused
+  } rows[] = {
+      {{"a", "1", "/", "", 0, false, false, SameSite::kUnset}, "a=1; path=/"},
+      {{"b", "1", "/", "", 0, true, true, SameSite::kStrict},
+       "b=1; path=/; secure; httponly; samesite=Strict"},
+      {{"c", "1", "/", "", -1, false, false, SameSite::kLax},
+       "c=1; path=/; expires=Thu, 01-Jan-1970 00:00:01 GMT; samesite=Lax"},
+      {{"d", "1", "/", "", 0, true, false, SameSite::kNone}, "d=1; path=/; secure; samesite=None"},
+      {{"e", "1", "/", "", 0, false, false, SameSite::kNone}, nullptr},
+      {{"f", "1", "/;secure", "", 0, false, false, SameSite::kLax}, nullptr},
+      {{"g", "1", "/", "a\nb", 0, false, false, SameSite::kLax}, nullptr},
+      {{"h", "", "/", "", 0, false, false, SameSite::kLax}, nullptr},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.cookie.name);
+    APIResponse response(nullptr);
+    EXPECT_EQ(row.expected != nullptr, response.AddCookie(row.cookie));
+    Json::Value expected(Json::arrayValue);
+    if (row.expected != nullptr) {
+      expected.append(row.expected);
+    }
+    EXPECT_EQ(expected, response.GetCookies());
+  }
+}
+
 TEST(APIResponse, CookieDatesSurviveHostileClocks) {
   const char* const kLatest =
       sizeof(std::time_t) == 8 ? "Fri, 31-Dec-9999 23:59:59 GMT" : "Tue, 19-Jan-2038 03:14:07 GMT";

@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,4 +24,12 @@ int QLIBCSysUnlink(const char* path) {
     return -1;
   }
   return unlink(path);
+}
+
+int QLIBCFileUTime(const char* path, int /*flags*/, int /*reserved*/) {
+  if (path == nullptr) {
+    errno = EINVAL;
+    return -1;
+  }
+  return utimensat(AT_FDCWD, path, nullptr, AT_SYMLINK_NOFOLLOW);
 }

@@ -1,7 +1,13 @@
 #include "platform/linux/platform_conf.h"
 
-#include <algorithm>
+#include <fcntl.h>
+#include <sys/stat.h>
 
+#include <algorithm>
+#include <ctime>
+
+#include "util/Descriptor.h"
+#include "util/log.h"
 #include "util/paths.h"
 #include "util/read_file.h"
 #include "util/trim.h"
@@ -9,8 +15,52 @@
 namespace ORBO {
 namespace {
 
-// The value that the line gives to `key`, or `value` if it is about another one,
-// as a comment is: its key begins with "#".
+constexpr char kSource[] = "platform_conf.cpp";
+
+// A file that changed less than this many seconds ago may change again without a
+// difference that its times would show.
+constexpr std::time_t kUnsettled = 2;
+
+constexpr std::string_view kSeparators = ", \t";
+
+// The content of the file, kept for the calls that one request makes.
+class Content {
+ public:
+  // Empty where there is no such file.
+  const std::string& Read(const std::string& path);
+
+ private:
+  bool IsCurrent(const struct stat& status) const;
+
+  std::string text_;
+  // Of the file when it was read.  Inode 0: nothing is kept.
+  struct stat status_ = {};
+};
+
+bool Content::IsCurrent(const struct stat& status) const {
+  return status_.st_ino != 0 && status.st_ino == status_.st_ino &&
+         status.st_dev == status_.st_dev && status.st_size == status_.st_size &&
+         status.st_ctim.tv_sec == status_.st_ctim.tv_sec &&
+         status.st_ctim.tv_nsec == status_.st_ctim.tv_nsec;
+}
+
+const std::string& Content::Read(const std::string& path) {
+  struct stat status = {};
+  if (status_.st_ino != 0 && stat(path.c_str(), &status) == 0 && IsCurrent(status)) {
+    return text_;
+  }
+  text_.clear();
+  status_ = {};
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (file.IsOpen() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+      ReadUpTo(file.get(), static_cast<unsigned long long>(status.st_size), text_) &&
+      std::time(nullptr) - status.st_ctim.tv_sec > kUnsettled) {
+    status_ = status;
+  }
+  return text_;
+}
+
+// The value that the line gives to `key`, or `value` if it is about another one.
 std::string_view ReadLine(std::string_view line, std::string_view key, std::string_view value) {
   const std::size_t equals = line.find('=');
   return equals != std::string_view::npos && Trim(line.substr(0, equals)) == key
@@ -18,21 +68,52 @@ std::string_view ReadLine(std::string_view line, std::string_view key, std::stri
              : value;
 }
 
+std::string_view ValueOf(std::string_view text, std::string_view key) {
+  std::string_view value;
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    value = ReadLine(line, key, value);
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
+  return value;
+}
+
 }  // namespace
 
-std::string PlatformSetting(std::string_view key) {
-  std::string text;
-  if (!ReadWholeFile(RootedPath("/etc/orbo/platform.conf"), text)) {
-    return {};
+std::string PlatformSetting(std::string_view key) { return PlatformSettings({key}).front(); }
+
+std::vector<std::string> PlatformSettings(std::initializer_list<std::string_view> keys) {
+  static Content content;
+  const std::string& text = content.Read(RootedPath("/etc/orbo/platform.conf"));
+  std::vector<std::string> values;
+  values.reserve(keys.size());
+  for (const std::string_view key : keys) {
+    values.emplace_back(ValueOf(text, key));
   }
-  std::string_view value;
-  std::string_view rest = text;
-  while (!rest.empty()) {
-    const std::string_view line = rest.substr(0, rest.find('\n'));
-    value = ReadLine(line, key, value);
-    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+  return values;
+}
+
+bool PlatformSwitch(std::string_view key, bool fallback) {
+  const std::string value = PlatformSetting(key);
+  if (value == "yes" || value == "no") {
+    return value == "yes";
   }
-  return std::string(value);
+  if (!value.empty()) {
+    Log(LOG_ERR, "%s:%d %s is neither yes nor no", kSource, __LINE__, std::string(key).c_str());
+  }
+  return fallback;
+}
+
+std::vector<std::string> SplitSetting(std::string_view text) {
+  std::vector<std::string> words;
+  for (;;) {
+    text.remove_prefix(std::min(text.find_first_not_of(kSeparators), text.size()));
+    if (text.empty()) {
+      return words;
+    }
+    words.emplace_back(text.substr(0, text.find_first_of(kSeparators)));
+    text.remove_prefix(words.back().size());
+  }
 }
 
 }  // namespace ORBO

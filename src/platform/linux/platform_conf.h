@@ -1,7 +1,9 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ORBO {
 
@@ -9,8 +11,18 @@ namespace ORBO {
 // when the file or the key is missing.  Lines are "key=value" with blanks around
 // either; "#" begins a comment line; the last line of a key wins.
 //
-// Reads the file at every call: most requests ask for nothing, and those that
-// do ask once.
+// The file is looked at in every call, and read again when it has changed.  Most
+// requests ask for nothing.
 std::string PlatformSetting(std::string_view key);
+
+// The values of several keys, in their order, from one look at the file.
+std::vector<std::string> PlatformSettings(std::initializer_list<std::string_view> keys);
+
+// The setting as "yes" or "no"; `fallback` where it is neither, logged if it is
+// not empty.
+bool PlatformSwitch(std::string_view key, bool fallback);
+
+// The words of `text` between blanks and commas.
+std::vector<std::string> SplitSetting(std::string_view text);
 
 }  // namespace ORBO

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/linux/name_service.h"
+#include "platform/linux/private_directory.h"
 #include "platform/users.h"
 #include "util/Descriptor.h"
 #include "util/paths.h"
@@ -19,15 +20,6 @@ constexpr char kBase[] = "/var/lib/orbo";
 constexpr mode_t kPrivate = 0700;
 constexpr mode_t kShared = 0755;  // the levels above, whoever makes them first
 constexpr int kOpenFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-
-// Creates the directory `path` and those above it where they are missing.
-void MakePath(const std::string& path) {
-  for (std::size_t end = path.find('/', 1); end != std::string::npos;
-       end = path.find('/', end + 1)) {
-    mkdir(path.substr(0, end).c_str(), kShared);
-  }
-  mkdir(path.c_str(), kShared);
-}
 
 // Whether the open directory belongs to this process's user, or where
 // `or_root` allows it to root, and nobody else can write to it.
@@ -57,7 +49,7 @@ int PreferenceDirectory(const char* kind, unsigned long id, char* buffer, int si
   if (buffer == nullptr || size <= 0 || path.size() >= static_cast<std::size_t>(size)) {
     return -1;
   }
-  MakePath(base);
+  ORBO::MakeDirectories(base, kShared);
   Descriptor directory(open(base.c_str(), kOpenFlags));
   if (!directory.IsOpen() || !IsOwn(directory.get(), true) || !Enter(directory, kind, true) ||
       !Enter(directory, owner, true) || !Enter(directory, "preference", false)) {

@@ -28,10 +28,7 @@ class TestRoot {
       fs::copy(stage, web_api, fs::copy_options::recursive);
     }
     fs::copy_file(web_api / "handlers/outside.lib", web_api.parent_path() / "outside.lib");
-    // A server started by root hands its work to this user.
-    if (geteuid() == 0 && std::system(("chown -R www-data: " + path_).c_str()) != 0) {
-      throw std::runtime_error("cannot hand over " + path_);
-    }
+    HandOver();
   }
   ~TestRoot() {
     std::error_code ignored;
@@ -39,6 +36,14 @@ class TestRoot {
   }
   TestRoot(const TestRoot&) = delete;
   TestRoot& operator=(const TestRoot&) = delete;
+
+  // Gives everything below to the user whom a server started by root hands its
+  // work to.
+  void HandOver() const {
+    if (geteuid() == 0 && std::system(("chown -R www-data: " + path_).c_str()) != 0) {
+      throw std::runtime_error("cannot hand over " + path_);
+    }
+  }
 
   const std::string& path() const { return path_; }
   std::string WebAPIDirectory() const { return path_ + "/usr/orbo/orboman/webapi"; }

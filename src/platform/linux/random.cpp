@@ -1,0 +1,64 @@
+#include "platform/linux/random.h"
+
+#include <sys/random.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "util/log.h"
+
+namespace ORBO {
+namespace {
+
+constexpr char kSource[] = "random.cpp";
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+
+}  // namespace
+
+std::string RandomBytes(std::size_t count) {
+  std::string bytes(count, '\0');
+  std::size_t filled = 0;
+  while (filled < count) {
+    const ssize_t size = getrandom(&bytes[filled], count - filled, 0);
+    if (size > 0) {
+      filled += static_cast<std::size_t>(size);
+    } else if (errno != EINTR) {
+      Log(LOG_ERR, "%s:%d no random bytes: %s", kSource, __LINE__, std::strerror(errno));
+      std::abort();
+    }
+  }
+  return bytes;
+}
+
+std::string Base64Url(const std::string& bytes) {
+  std::string text;
+  text.reserve((bytes.size() * 4 + 2) / 3);
+  std::uint32_t bits = 0;
+  unsigned count = 0;
+  for (const char byte : bytes) {
+    bits = (bits << 8) | static_cast<unsigned char>(byte);
+    for (count += 8; count >= 6; count -= 6) {
+      text += kAlphabet[(bits >> (count - 6)) & 63];
+    }
+  }
+  if (count > 0) {
+    text += kAlphabet[(bits << (6 - count)) & 63];
+  }
+  return text;
+}
+
+bool SecretsEqual(const std::string& a, const std::string& b) {
+  if (a.size() != b.size()) {
+    return false;
+  }
+  // Volatile, so that the compiler does not leave the loop early.
+  volatile unsigned char difference = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    difference = static_cast<unsigned char>(difference | (a[i] ^ b[i]));
+  }
+  return difference == 0;
+}
+
+}  // namespace ORBO

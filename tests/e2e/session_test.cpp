@@ -1,0 +1,241 @@
+// Logging in and out over the web: who gets a session, what it opens, and what a
+// client cannot do to it.
+
+#include <json/reader.h>
+#include <json/value.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "server_test.h"
+
+namespace e2e {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
+
+constexpr char kOpen[] = "api=ORBO.Session&version=1&method=open";
+// "correct horse", by the cheapest yescrypt.
+constexpr char kHash[] = ":$y$j75$abcdefgh$Jakf0CHhzdQOivqISxvBXCIRIaxY0Fs1wJGsJSurry/\n";
+constexpr char kPassword[] = "correct+horse";
+
+std::string Manage(const std::string& method) {
+  return "api=ORBO.Session.Manage&version=1&method=" + method;
+}
+
+std::string Cookie(const std::string& sid) { return "Cookie: id=" + sid; }
+
+Json::Value Parse(const HttpResponse& response) {
+  Json::Value value;
+  std::istringstream(response.body) >> value;
+  return value;
+}
+
+// The error's code; 0 for success.
+int Code(const HttpResponse& response) {
+  const Json::Value body = Parse(response);
+  return body["success"].asBool() ? 0 : body["error"]["code"].asInt();
+}
+
+class Sessions : public ServerTest {
+ protected:
+  // People: ada is an administrator, the others are not; each test that fails to log
+  // in on purpose has one of its own.
+  void SetUp() override {
+    const fs::path etc = fs::path(server().root().path()) / "etc/orbo";
+    if (fs::exists(etc / "passwords")) {
+      return;
+    }
+    fs::create_directories(etc);
+    Configure();
+    std::ofstream passwords(etc / "passwords");
+    for (const char* user : {"ada", "ben", "cleo", "dan"}) {
+      passwords << user << kHash;
+    }
+    passwords.close();
+    fs::permissions(etc / "passwords", fs::perms::owner_read | fs::perms::owner_write);
+    server().root().HandOver();
+  }
+
+  static void Configure(const std::string& lines = "") {
+    std::ofstream(server().root().path() + "/etc/orbo/platform.conf")
+        << "administrators=ada\nlogin_address_attempts=10000\n"
+        << lines;
+  }
+
+  static HttpResponse Post(const std::string& form, const Lines& headers = {},
+                           const std::string& query = "") {
+    Lines all = headers;
+    all.push_back("Content-Type: application/x-www-form-urlencoded");
+    return server().Send("POST", "/webapi/entry.cgi" + query, all, form);
+  }
+  static HttpResponse Open(const std::string& user, const Lines& headers = {},
+                           const std::string& password = kPassword) {
+    return Post(std::string(kOpen) + "&user=" + user + "&password=" + password, headers);
+  }
+  static std::string Login(const std::string& user, const Lines& headers = {}) {
+    const HttpResponse response = Open(user, headers);
+    EXPECT_EQ(0, Code(response)) << response.body;
+    return Parse(response)["data"]["sid"].asString();
+  }
+  static HttpResponse Call(const std::string& method, const std::string& sid) {
+    return server().Get(Manage(method), {Cookie(sid)});
+  }
+};
+E2E_UNDER_EVERY_SERVER(Sessions);
+
+TEST_P(Sessions, OpenShowAndClose) {
+  const HttpResponse opened =
+      Open("ada", {"X-Forwarded-Proto: http"}, "correct+horse&application=Desk&language=fre");
+  const Json::Value data = Parse(opened)["data"];
+  const std::string sid = data["sid"].asString();
+  ASSERT_GE(sid.size(), 32U) << opened.body;
+  EXPECT_EQ("ada", data["user"].asString());
+  EXPECT_TRUE(data["is_admin"].asBool());
+  EXPECT_EQ(opened.Headers("Set-Cookie"),
+            Lines{"id=" + sid + "; path=/; httponly; samesite=Strict"});
+  EXPECT_EQ(opened.Headers("x-request-error"), Lines{});
+  EXPECT_EQ(opened.body.find("horse"), std::string::npos);
+
+  const HttpResponse shown = Call("show", sid);
+  Json::Value facts = Parse(shown)["data"];
+  for (const char* time : {"created", "last_active"}) {
+    EXPECT_GT(facts[time].asInt64(), 1600000000) << shown.body;
+    facts.removeMember(time);
+  }
+  EXPECT_GT(facts["timeout"].asInt(), 0);
+  facts.removeMember("timeout");
+  Json::Value expected;
+  std::istringstream(R"({"user":"ada","address":"127.0.0.1","application":"Desk","is_admin":true,
+                         "language":"fre"})") >>
+      expected;
+  EXPECT_EQ(expected, facts);
+  EXPECT_EQ(0, Code(Post(Manage("show") + "&_sid=" + sid))) << "the id as a parameter";
+
+  const HttpResponse closed = Call("close", sid);
+  EXPECT_EQ(0, Code(closed)) << closed.body;
+  EXPECT_EQ(closed.Headers("Set-Cookie"),
+            Lines{"id=deleted; path=/; expires=Thu, 01-Jan-1970 00:00:01 GMT; httponly; "
+                  "samesite=Strict"});
+  EXPECT_EQ(105, Code(Call("show", sid)));
+  EXPECT_EQ(119, Code(server().Get(Manage("close"))));
+}
+
+TEST_P(Sessions, CookieOfASecureLoginIsForSecureCallsOnly) {
+  const HttpResponse opened = Open("ben", {"X-Forwarded-Proto: https"});
+  const std::string sid = Parse(opened)["data"]["sid"].asString();
+  EXPECT_EQ(opened.Headers("Set-Cookie"),
+            Lines{"id=" + sid + "; path=/; secure; httponly; samesite=Strict"});
+}
+
+TEST_P(Sessions, WrongLoginsOpenNone) {
+  const std::string form = std::string(kOpen) + "&user=ben&password=correct+horse";
+  const struct {
+    const char* name;
+    const char* method;
+    std::string query;
+    std::string form;
+    int status;
+    int code;
+  } rows[] = {
+      {"wrong password", "POST", "", std::string(kOpen) + "&user=cleo&password=wrong", 200, 1104},
+      {"unknown user", "POST", "", std::string(kOpen) + "&user=nobody&password=correct+horse", 200,
+       1104},
+      {"no user", "POST", "", std::string(kOpen) + "&password=correct+horse", 200, 1101},
+      {"user with path", "POST", "", std::string(kOpen) + "&user=../ben&password=x", 200, 1101},
+      {"no password", "POST", "", std::string(kOpen) + "&user=ben", 200, 1101},
+      {"number as password", "POST", "", std::string(kOpen) + "&user=ben&password=5", 200, 1101},
+      {"bad language", "POST", "", form + "&language=en", 200, 1101},
+      {"bad application", "POST", "", form + "&application=a%2Fb", 200, 1101},
+      {"GET", "GET", "?" + form, "", 405, 1102},
+      {"password in URL", "POST", "?password=correct+horse", form, 200, 1103},
+      {"password in URL alone", "POST", "?" + form, "x=1", 200, 1103},
+      {"name of it escaped", "POST", "?p%61ssword=correct+horse", form, 200, 1103},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const HttpResponse response =
+        server().Send(row.method, "/webapi/entry.cgi" + row.query,
+                      {"Content-Type: application/x-www-form-urlencoded"}, row.form);
+    EXPECT_EQ(row.status, response.status);
+    EXPECT_EQ(row.code, Code(response)) << response.body;
+    EXPECT_EQ(response.Headers("Set-Cookie"), Lines{});
+  }
+  EXPECT_EQ(1108, Code(Open("ben", {"Origin: http://elsewhere.example"})));
+  EXPECT_EQ(0, Code(Open("ben", {"Origin: http://" + server().Host()})));
+}
+
+TEST_P(Sessions, IdOfTheClientIsNeverAdopted) {
+  const std::string first = Login("ben");
+  std::string unknown = first;
+  unknown.back() = unknown.back() == 'A' ? 'Q' : 'A';
+  for (const std::string& brought : {unknown, std::string("chosen")}) {
+    EXPECT_NE(brought, Login("ben", {Cookie(brought)}));
+    const HttpResponse as_parameter = Open("ben", {}, "correct+horse&_sid=" + brought);
+    EXPECT_EQ(0, Code(as_parameter)) << as_parameter.body;
+    EXPECT_NE(brought, Parse(as_parameter)["data"]["sid"].asString());
+    EXPECT_EQ(105, Code(Call("show", brought)));
+  }
+  EXPECT_EQ(0, Code(Call("show", first)));
+
+  const std::string second = Login("ben", {Cookie(first)});
+  EXPECT_NE(first, second);
+  EXPECT_EQ(105, Code(Call("show", first))) << "ended by the next login";
+  Login("ada", {Cookie(second)});
+  EXPECT_EQ(0, Code(Call("show", second))) << "another user's stays";
+}
+
+TEST_P(Sessions, RepeatedFailuresLock) {
+  Configure("login_attempts=1\n");
+  EXPECT_EQ(1104, Code(Open("dan", {}, "wrong")));
+  const HttpResponse locked = Open("dan");
+  EXPECT_EQ(429, locked.status);
+  const int wait = Parse(locked)["error"]["errors"]["retry_after"].asInt();
+  EXPECT_TRUE(wait > 200 && wait <= 300) << wait;
+  EXPECT_EQ(locked.Headers("Retry-After"), Lines{std::to_string(wait)});
+  EXPECT_EQ(locked.body, "{\"error\":{\"code\":1105,\"errors\":{\"retry_after\":" +
+                             std::to_string(wait) + "}},\"success\":false}\n");
+  EXPECT_EQ(0, Code(Open("ben"))) << "nobody else is held up";
+  Configure();
+}
+
+TEST_P(Sessions, AdministratorsListAndEndSessions) {
+  const std::string admin = Login("ada");
+  const std::string user = Login("cleo");
+  for (const char* method : {"list", "kill"}) {
+    EXPECT_EQ(105, Code(Call(method, user))) << method;
+    EXPECT_EQ(119, Code(server().Get(Manage(method)))) << method;
+  }
+
+  const HttpResponse listed = Call("list", admin);
+  EXPECT_EQ(std::string::npos, listed.body.find(user)) << "ids are secrets";
+  EXPECT_EQ(std::string::npos, listed.body.find(admin));
+  std::string handle;
+  const Json::Value data = Parse(listed)["data"];
+  for (const Json::Value& session : data["sessions"]) {
+    if (session["user"].asString() == "cleo") {
+      handle = session["handle"].asString();
+    }
+    EXPECT_LE(session["is_own"].asBool(), session["user"].asString() == "ada");
+  }
+  ASSERT_FALSE(handle.empty()) << listed.body;
+  EXPECT_EQ(105, Code(Call("show", handle))) << "a handle opens nothing";
+
+  EXPECT_EQ(1102, Code(server().Get(Manage("kill") + "&handle=" + handle, {Cookie(admin)})));
+  EXPECT_EQ(1101, Code(Post(Manage("kill"), {Cookie(admin)})));
+  EXPECT_EQ(1107, Code(Post(Manage("kill") + "&handle=" + user, {Cookie(admin)})));
+  EXPECT_EQ(105, Code(Post(Manage("kill") + "&handle=" + handle, {Cookie(user)})));
+  EXPECT_EQ(0, Code(Post(Manage("kill") + "&handle=" + handle, {Cookie(admin)})));
+  EXPECT_EQ(105, Code(Call("show", user)));
+  EXPECT_EQ(1107, Code(Post(Manage("kill") + "&handle=" + handle, {Cookie(admin)})));
+  EXPECT_EQ(0, Code(Call("show", admin)));
+}
+
+}  // namespace
+
+}  // namespace e2e

@@ -84,8 +84,8 @@ class WEBAPI_EXPORT APIRunner {
   // order; files that cannot be read add nothing.  False if there is none.
   bool InitLibDesc(Json::Value& descs);
   // Loads the file that describes `api` into `descs`, unless `descs` has `api`
-  // already.  False, and logged, if there is no such file or it is no JSON
-  // object.  True does not mean that `api` itself is described.
+  // already.  False for an empty name; false, and logged, if there is no such file
+  // or it is no JSON object.  True does not mean that `api` itself is described.
   bool InitLibDesc(Json::Value& descs, const std::string& api);
   // The same for the request's API; false for a null request.
   bool InitLibDesc(Json::Value& descs, APIRequest* request);

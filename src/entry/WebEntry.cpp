@@ -93,7 +93,8 @@ bool WebEntry::InitSessionVariables() {
   const char* const line = std::getenv(kCookieVariable);
   std::string cookie = line == nullptr ? "" : line;
   if (!session_id.IsInvalid()) {
-    cookie = WithSessionCookie(std::move(cookie), session_id.Get());
+    // Up to a NUL, which the environment cannot hold: both must show one id.
+    cookie = WithSessionCookie(std::move(cookie), session_id.Get().c_str());
     setenv(kCookieVariable, cookie.c_str(), 1);
   } else if (setenv(kTokenVariable, token.Get().c_str(), 1) != 0) {
     return false;

@@ -27,6 +27,9 @@ constexpr unsigned kCallbackDelay = 1;  // seconds in which the answer reaches t
 // Written to the stream object, like the output of handlers, so that the order
 // is kept.
 void Write(const std::string& text) {
+  // What a handler did to the stream must neither hold the answer back nor make
+  // it throw.
+  std::cout.exceptions(std::ios::goodbit);
   std::cout.clear();
   std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
 }

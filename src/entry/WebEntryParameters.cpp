@@ -22,6 +22,10 @@ constexpr char kUploadContentType[] = "text/html; charset=\"UTF-8\"";
 }  // namespace
 
 bool WebEntry::InitParam(Json::Value& params) {
+  if (!JSON::IsObject(params)) {
+    response_->SetError(kErrorBadRequest);
+    return false;
+  }
   Json::Value& get_params = params["getParam"];
   if (request_->HasEnv("QUERY_STRING") && !InitGetParam(get_params)) {
     response_->SetError(kErrorBadRequest);
@@ -67,7 +71,9 @@ bool WebEntry::InitPostParam(Json::Value& out) {
     return false;
   }
   std::string body;
-  ReadUpTo(STDIN_FILENO, static_cast<std::uint64_t>(length), body);
+  if (!ReadUpTo(STDIN_FILENO, static_cast<std::uint64_t>(length), body)) {
+    return false;
+  }
   body.resize(std::min(body.size(), body.find('\0')));
   return DetectAndDecryptParamLine(body, out);
 }

@@ -83,11 +83,13 @@ void APIRequestPrivate::InitAPIInfo(Json::Value info) {
   MergeSection(root_["reqLib"], std::move(info), false);
 }
 
-void APIRequestPrivate::SetDeferredMethods(std::string_view text) { deferred_methods_ = text; }
+void APIRequestPrivate::SetDeferredMethods(SharedText methods) {
+  deferred_methods_ = std::move(methods);
+}
 
 void APIRequestPrivate::MaterialiseMethods(const std::string& section, const std::string& key) {
-  if (!deferred_methods_.empty() && section == "reqLib" && (key.empty() || key == "methods")) {
-    JSON::Parse(deferred_methods_, root_["reqLib"]["methods"], JSON::Comments::kAllowed);
+  if (!deferred_methods_.text.empty() && section == "reqLib" && (key.empty() || key == "methods")) {
+    JSON::Parse(deferred_methods_.text, root_["reqLib"]["methods"], JSON::Comments::kAllowed);
     deferred_methods_ = {};
   }
 }

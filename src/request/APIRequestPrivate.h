@@ -5,11 +5,12 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include <webapi/APIBase.h>
 #include <webapi/APIParameter.h>
 #include <webapi/APIRequest.h>
+
+#include "util/SharedText.h"
 
 namespace ORBO {
 
@@ -32,8 +33,8 @@ class APIRequestPrivate : public APIBase {
   // Adds the "methods" of the API's description as JSON text, which becomes a
   // value only when somebody asks for it: the runner looks methods up in the
   // text, and values for all of them would cost more than the call itself.
-  // `text` is well-formed and outlives this object or the next InitAPIInfo.
-  void SetDeferredMethods(std::string_view text);
+  // `methods` is well-formed JSON.
+  void SetDeferredMethods(SharedText methods);
 
   using APIBase::SetData;
   bool HasData(const std::string& section, const std::string& key) override;
@@ -94,8 +95,8 @@ class APIRequestPrivate : public APIBase {
   std::int32_t version_ = 0;
   std::string method_;
   std::int32_t request_method_ = APIRequest::METHOD_UNKNOWN;
-  APIRequest* owner_;                  // not owned
-  std::string_view deferred_methods_;  // text of the runner's description file
+  APIRequest* owner_;            // not owned
+  SharedText deferred_methods_;  // a piece of the description file
 };
 
 }  // namespace ORBO

@@ -100,7 +100,7 @@ bool APIRunner::InitEnv(Json::Value& env) {
     response_->SetError(kErrorBadRequest);
     return false;
   }
-  for (char** variable = environ; *variable != nullptr; ++variable) {
+  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
     const std::string_view text(*variable);
     const std::size_t equals = text.find('=');
     if (equals != std::string_view::npos) {

@@ -17,10 +17,12 @@ constexpr char kDescriptionPattern[] = "*.lib";
 void AddEntries(const DescriptionFile& file, const Json::Value& lib_def, Json::Value& descs) {
   for (const DescriptionFile::Entry* entry : ValidEntries(file)) {
     Json::Value value;
-    if (JSON::Parse(entry->text, value, JSON::Comments::kAllowed)) {
-      ApplyDescriptionDefaults(value, lib_def);
-      JSON::Set(descs, entry->api, std::move(value));
+    if (!JSON::Parse(entry->text, value, JSON::Comments::kAllowed)) {
+      LogInvalidEntry(*entry);
+      continue;
     }
+    ApplyDescriptionDefaults(value, lib_def);
+    JSON::Set(descs, entry->api, std::move(value));
   }
 }
 
@@ -79,7 +81,7 @@ const Json::Value& APIRunner::GetMethod(const std::string& api, int version,
 bool APIRunner::GetMethodAttr(const std::string& api, int version, const std::string& method,
                               const std::string& attr) {
   const Json::Value& attributes = GetMethod(api, version, method);
-  const bool own = attributes.type() == Json::objectValue;
+  const bool own = JSON::IsObject(attributes);
   return JSON::AsBool(JSON::At(own ? attributes : JSON::At(lib_def_, "methods"), attr));
 }
 

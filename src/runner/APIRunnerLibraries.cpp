@@ -3,6 +3,7 @@
 #include <webapi/APIRunner.h>
 
 #include "request/APIRequestPrivate.h"
+#include "util/exception_text.h"
 #include "util/json_types.h"
 #include "util/log.h"
 
@@ -18,6 +19,18 @@ void* FindSymbol(void* handle, const char* symbol, const char*& error) {
   void* const address = dlsym(handle, symbol);
   error = dlerror();
   return address;
+}
+
+// Calls a library's table function; null if it throws.
+template <typename Row>
+Row* FetchTable(void* function) {
+  try {
+    return reinterpret_cast<Row* (*)()>(function)();
+  } catch (...) {
+    Log(LOG_ERR, "%s:%d table function ended by an exception: %s", kSource, __LINE__,
+        CurrentExceptionText().c_str());
+    return nullptr;
+  }
 }
 
 }  // namespace
@@ -59,7 +72,7 @@ bool APIRunner::GetTableFunc(void* handle, _tag_API_TABLE** table) {
     Log(LOG_DEBUG, "%s:%d cannot load table: %s", kSource, __LINE__, error ? error : "null");
     return false;
   }
-  *table = reinterpret_cast<_tag_API_TABLE* (*)()>(symbol)();
+  *table = FetchTable<_tag_API_TABLE>(symbol);
   if (*table == nullptr) {
     Log(LOG_ERR, "%s:%d cannot get api table", kSource, __LINE__);
     return false;
@@ -76,7 +89,7 @@ bool APIRunner::GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** checkTabl
   if (error != nullptr || symbol == nullptr) {
     return true;  // a library without checks is normal
   }
-  *checkTable = reinterpret_cast<_tag_API_CHECK_TABLE* (*)()>(symbol)();
+  *checkTable = FetchTable<_tag_API_CHECK_TABLE>(symbol);
   if (*checkTable == nullptr) {
     Log(LOG_ERR, "%s:%d cannot get api check table", kSource, __LINE__);
     return false;

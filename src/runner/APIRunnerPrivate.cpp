@@ -19,9 +19,10 @@ namespace {
 constexpr char kCommandLine[] = "/proc/self/cmdline";
 constexpr char kEntrySuffix[] = "_entry.cgi";
 constexpr char kEntryName[] = "entry.cgi";
+constexpr std::size_t kIdentitySize = 1024;
 
 // The log keeps a pointer to its identity, so the text outlives every runner.
-char g_log_identity[1024];
+char g_log_identity[kIdentitySize];
 char g_task_name[17];
 
 void OpenLog() {
@@ -69,7 +70,8 @@ void APIRunnerPrivate::SetArgv0(const std::string& name) {
 }
 
 bool APIRunnerPrivate::ShowCall(const std::string& api, int version, const std::string& method) {
-  const std::string call = LogText(api) + "[" + std::to_string(version) + "]." + LogText(method);
+  const std::string call = LogText(api, kIdentitySize) + "[" + std::to_string(version) + "]." +
+                           LogText(method, kIdentitySize);
   std::snprintf(g_log_identity, sizeof g_log_identity, "%s_%s", proc_name_.c_str(), call.c_str());
   OpenLog();
   SetArgv0(g_log_identity);

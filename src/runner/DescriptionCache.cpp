@@ -62,14 +62,18 @@ std::unique_ptr<DescriptionFile> ReadDescriptionFile(const std::string& path) {
   return file;
 }
 
+void LogInvalidEntry(const DescriptionFile::Entry& entry) {
+  Log(LOG_ERR, "%s:%d WebAPI description %s is not valid.", kSource, __LINE__,
+      LogText(entry.api).c_str());
+}
+
 std::vector<const DescriptionFile::Entry*> ValidEntries(const DescriptionFile& file) {
   std::vector<const DescriptionFile::Entry*> valid;
   for (const DescriptionFile::Entry& entry : file.entries()) {
     if (IsValidDescription(ValueForRules(entry))) {
       valid.push_back(&entry);
     } else {
-      Log(LOG_ERR, "%s:%d WebAPI description %s is not valid.", kSource, __LINE__,
-          entry.api.c_str());
+      LogInvalidEntry(entry);
     }
   }
   return valid;
@@ -86,14 +90,14 @@ bool DescriptionCache::Load(const std::string& api) {
   if (files_.count(path) != 0) {
     return true;
   }
-  std::unique_ptr<DescriptionFile> file = ReadDescriptionFile(path);
+  const std::shared_ptr<const DescriptionFile> file = ReadDescriptionFile(path);
   if (file == nullptr) {
     return false;
   }
   for (const DescriptionFile::Entry* entry : ValidEntries(*file)) {
-    apis_.try_emplace(entry->api).first->second.entry = entry;
+    apis_[entry->api] = Description{file, entry, nullptr};
   }
-  files_.emplace(path, std::move(file));
+  files_.emplace(path, file);
   return true;
 }
 
@@ -116,9 +120,12 @@ const Json::Value* DescriptionCache::Info(const std::string& api) {
   return description.info.get();
 }
 
-std::string_view DescriptionCache::MethodsText(const std::string& api) const {
+SharedText DescriptionCache::MethodsText(const std::string& api) const {
   const auto found = apis_.find(api);
-  return found == apis_.end() ? std::string_view() : found->second.entry->Find("methods");
+  if (found == apis_.end()) {
+    return {};
+  }
+  return {found->second.file, found->second.entry->Find("methods")};
 }
 
 bool DescriptionCache::IsMethodListed(const std::string& api, int version,
@@ -141,9 +148,10 @@ const Json::Value& DescriptionCache::MethodAttributes(const std::string& api, in
   if (text.empty()) {
     return defaults;
   }
-  const auto [attributes, is_new] = found->second.attributes.try_emplace(text.data());
-  if (is_new) {
-    JSON::Parse(text, attributes->second, kComments);
+  const auto [attributes, is_new] = attributes_.try_emplace(text.data());
+  if (is_new && !JSON::Parse(text, attributes->second, kComments)) {
+    // Attributes that cannot be read grant nothing, and do not become defaults.
+    attributes->second = Json::Value(Json::objectValue);
   }
   return attributes->second;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "runner/DescriptionFile.h"
+#include "util/SharedText.h"
 
 namespace ORBO {
 
@@ -30,31 +31,33 @@ class DescriptionCache {
   // Whether a loaded file has a usable entry for `api`.
   bool Has(const std::string& api) const { return apis_.count(api) != 0; }
 
-  // The entry of `api` with the defaults filled in, but without its "methods".
-  // Valid while the cache lives; null for an API that is not there.
+  // The entry of `api` with the defaults filled in, but without its "methods";
+  // null for an API that is not there.  Valid until a file is loaded.
   const Json::Value* Info(const std::string& api);
 
-  // The text of the entry's "methods", an object; valid while the cache lives.
-  std::string_view MethodsText(const std::string& api) const;
+  // The text of the entry's "methods", an object, which keeps its file alive.
+  // Empty for an API that is not there.
+  SharedText MethodsText(const std::string& api) const;
 
   bool IsMethodListed(const std::string& api, int version, const std::string& method) const;
 
   // The method's own attributes, or the defaults' where it has none.  Loads the
-  // API's file where that has not been done.  Valid while the cache lives.
+  // API's file where that has not been done.  Valid while the cache lives, and an
+  // object unless the description or the defaults have none.
   const Json::Value& MethodAttributes(const std::string& api, int version,
                                       const std::string& method);
 
  private:
   struct Description {
-    const DescriptionFile::Entry* entry;
-    std::unique_ptr<Json::Value> info;  // made when first asked for
-    // Attributes by the text that they came from.
-    std::map<const char*, Json::Value> attributes;
+    std::shared_ptr<const DescriptionFile> file;
+    const DescriptionFile::Entry* entry = nullptr;  // of that file
+    std::unique_ptr<Json::Value> info;              // made when first asked for
   };
 
   const Json::Value& lib_def_;
-  std::map<std::string, std::unique_ptr<DescriptionFile>> files_;  // by path
+  std::map<std::string, std::shared_ptr<const DescriptionFile>> files_;  // by path
   std::map<std::string, Description> apis_;
+  std::map<const char*, Json::Value> attributes_;  // by the text that they came from
 };
 
 // The description file that holds `api`; empty, and logged, if there is none.
@@ -62,6 +65,9 @@ std::string FindDescriptionFile(const std::string& api);
 
 // Reads a description file; null, and logged, if it cannot be used.
 std::unique_ptr<DescriptionFile> ReadDescriptionFile(const std::string& path);
+
+// Logs that an entry is left out.
+void LogInvalidEntry(const DescriptionFile::Entry& entry);
 
 // The usable entries of `file` in name order; the others are logged.
 std::vector<const DescriptionFile::Entry*> ValidEntries(const DescriptionFile& file);

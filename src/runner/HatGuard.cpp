@@ -47,8 +47,8 @@ HatGuard::HatGuard(const std::string& api, const std::string& method) {
   saved_hats_ = ReadHats();
   Json::Value hats = saved_hats_;
   hats.append(EnterHat(api, method));
-  WriteHats(hats);
   changed_ = true;
+  WriteHats(hats);
 }
 
 HatGuard::~HatGuard() {

@@ -17,7 +17,7 @@ const Row* FindRow(const Row* row, const CallName& call) {
 
 const _tag_API_TABLE* FindHandler(const _tag_API_TABLE* table, const CallName& call) {
   const _tag_API_TABLE* row = FindRow(table, call);
-  return row->api == nullptr ? nullptr : row;
+  return row->api == nullptr || row->handler == nullptr ? nullptr : row;
 }
 
 const _tag_API_CHECK_TABLE* FindCheck(const _tag_API_CHECK_TABLE* table, const CallName& call) {

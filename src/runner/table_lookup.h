@@ -13,7 +13,8 @@ struct CallName {
   std::string method;
 };
 
-// The first row of `table` that serves `call`; null if there is none.
+// The first row of `table` for `call`; null if there is none, or it names no
+// handler.
 const _tag_API_TABLE* FindHandler(const _tag_API_TABLE* table, const CallName& call);
 
 // The first row of `table` for `call`, or the terminating row, whose check is

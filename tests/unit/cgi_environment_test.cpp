@@ -46,6 +46,7 @@ TEST(CGIEnvironment, CompletesTheURL) {
     }
     OrboCgi cgi;
     OrboCgiInit("", &cgi);
+    OrboCgiFree(&cgi);
     EXPECT_STREQ(url, std::getenv("SCRIPT_URI"));
   }
   for (const auto& variable : server) {

@@ -63,7 +63,8 @@ class Descriptions : public testing::Test {
     directory_.Write("ORBO.A.lib", R"(// The family of A.
       {"ORBO.A": {"lib":"a.so","minVersion":1,"maxVersion":3,"requestFormat":"","own":[1,2],
         "methods":{"1":["get",{"set":{"allowUpload":false,"level":7}},{"none":{}},
-                        {"z":{"q":1},"b":{"q":2}},5,{"odd":5}],
+                        {"z":{"q":1},"b":{"q":2}},5,{"odd":5},
+                        {"null":null}],
                    "2":["first"],"2":["second"],"3":{}}},
        "ORBO.A.Bad": {"lib":"","minVersion":1,"maxVersion":1,"methods":{}},
        "ORBO.A.Twice": {"lib":"old.so","minVersion":1,"maxVersion":1,"methods":{}},
@@ -123,13 +124,31 @@ TEST_F(Descriptions, CachedEntriesAreTheSameAsLoadedOnes) {
   }
 }
 
+TEST_F(Descriptions, ALaterFileReplacesAnEntryWhole) {
+  directory_.Write("ORBO.L.lib", R"({"ORBO.L":{"lib":"l","minVersion":1,"maxVersion":1,
+      "methods":{}},"ORBO.L.B":{"lib":"new","minVersion":2,"maxVersion":2,"methods":{"2":["m"]}}})");
+  directory_.Write("ORBO.L.B.lib", R"({"ORBO.L.B":{"lib":"old","minVersion":1,"maxVersion":1,
+      "methods":{"1":["m"]}}})");
+  APIRequest request(FromText(R"({"getParam":{"api":"ORBO.L.B"}})"));
+  {
+    APIRunner runner;
+    runner.GetMethod("ORBO.L.B", 1, "m");
+    EXPECT_TRUE(runner.AddAPIInfo(&request));
+    runner.GetMethod("ORBO.L", 1, "m");
+    EXPECT_TRUE(runner.AddAPIInfo(&request));
+  }
+  // The request may outlive the runner whose file it points into.
+  EXPECT_EQ("new", request.GetAPIInfo("lib", "").asString());
+  EXPECT_EQ(FromText(R"({"2":["m"]})"), request.GetAPIInfo("methods", Json::Value()));
+}
+
 TEST_F(Descriptions, MethodAttributesFollowTheListing) {
   const char* const kDefaults = R"({"allowDemo":true,"allowUpload":true})";
   const std::pair<const char*, const char*> rows[] = {
       {"get", kDefaults},    {"set", R"({"allowUpload":false,"level":7})"},
       {"none", "{}"},        {"b", R"({"q":2})"},  // first in name order stands for the element
       {"z", kDefaults},      {"odd", "5"},
-      {"absent", kDefaults},
+      {"absent", kDefaults}, {"null", "null"},
   };
   APIRunner runner;
   for (const auto& [method, expected] : rows) {
@@ -138,6 +157,11 @@ TEST_F(Descriptions, MethodAttributesFollowTheListing) {
   EXPECT_TRUE(runner.GetMethodAttr("ORBO.A", 1, "get", "allowUpload"));
   EXPECT_FALSE(runner.GetMethodAttr("ORBO.A", 1, "none", "allowUpload"));
   EXPECT_TRUE(runner.GetMethodAttr("ORBO.A", 1, "odd", "allowUpload"));
+  EXPECT_FALSE(runner.GetMethodAttr("ORBO.A", 1, "null", "allowUpload"));
+  // What is no number there is grants nothing.
+  directory_.Write("ORBO.Far.lib", R"({"ORBO.Far":{"lib":"f","minVersion":1,"maxVersion":1,
+      "methods":{"1":[{"m":{"x":1e999}}]}}})");
+  EXPECT_EQ(FromText("{}"), runner.GetMethod("ORBO.Far", 1, "m"));
   ASSERT_TRUE(std::filesystem::remove("ORBO.A.lib"));
   EXPECT_EQ(7, runner.GetMethod("ORBO.A", 1, "set")["level"].asInt()) << "from memory";
 }

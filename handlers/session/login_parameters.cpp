@@ -37,9 +37,12 @@ bool TakePassword(APIRequest* request, std::string& password) {
   const Json::Value none;
   const Json::Value& value = request->GetParamRef("password", none);
   const std::string_view text = JSON::StringView(value);
+  if (text.empty()) {
+    return false;
+  }
   password.assign(text);
   explicit_bzero(const_cast<char*>(text.data()), text.size());
-  return !password.empty();
+  return true;
 }
 
 bool ReadOptional(APIRequest* request, const char* name, bool (*validator)(const std::string&),

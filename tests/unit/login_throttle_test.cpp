@@ -132,12 +132,18 @@ TEST_F(LoginThrottle, AnAttemptThatIsNeverReportedFailed) {
 }
 
 TEST_F(LoginThrottle, ProcessesThatAskAtOnceShareTheAttempts) {
-  Configure("login_attempts = 4\n");
+  constexpr int kChildren = 8;
+  constexpr int kAsked = 100;  // by each
+  Configure("login_attempts = 1000\nlogin_address_attempts = 100000\n");
   std::vector<pid_t> children;
-  for (int i = 0; i < 12; ++i) {
+  for (int i = 0; i < kChildren; ++i) {
     const pid_t child = fork();
     if (child == 0) {
-      _exit(SecondsUntilLogin("ann", kAddress) == 0 ? 1 : 0);
+      int admitted = 0;
+      for (int asked = 0; asked < kAsked; ++asked) {
+        admitted += Wait("ann") == 0 ? 1 : 0;
+      }
+      _exit(admitted);
     }
     children.push_back(child);
   }
@@ -145,9 +151,9 @@ TEST_F(LoginThrottle, ProcessesThatAskAtOnceShareTheAttempts) {
   for (const pid_t child : children) {
     int status = 0;
     waitpid(child, &status, 0);
-    admitted += WIFEXITED(status) ? WEXITSTATUS(status) : 100;
+    admitted += WIFEXITED(status) ? WEXITSTATUS(status) : 1000;
   }
-  EXPECT_EQ(3, admitted) << "two free ones and the one that is followed by a wait";
+  EXPECT_EQ(501, admitted) << "the free half and the one that is followed by a wait";
 }
 
 TEST_F(LoginThrottle, ARestartDoesNotLockForLonger) {

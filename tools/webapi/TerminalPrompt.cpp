@@ -1,6 +1,7 @@
 #include "TerminalPrompt.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <array>
@@ -15,25 +16,38 @@ namespace {
 
 constexpr std::array<int, 4> kSignals = {SIGINT, SIGTERM, SIGQUIT, SIGHUP};
 std::array<struct sigaction, kSignals.size()> former_actions;
+sigset_t former_mask;
 // The signal that came last; 0 for none.
 volatile std::sig_atomic_t caught_signal = 0;
 
 void Catch(int number) { caught_signal = number; }
 
-// Without SA_RESTART, so that a signal ends the wait for input.
+// The signals are held back but for the wait for input, so that one that comes just
+// before the wait ends it too.
 void CatchSignals() {
   struct sigaction action = {};
   action.sa_handler = Catch;
   sigemptyset(&action.sa_mask);
+  sigset_t held;
+  sigemptyset(&held);
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
+    sigaddset(&held, kSignals[i]);
     sigaction(kSignals[i], &action, &former_actions[i]);
   }
+  sigprocmask(SIG_BLOCK, &held, &former_mask);
+}
+
+// False when a signal came instead.
+bool WaitForInput(int terminal) {
+  pollfd input{terminal, POLLIN, 0};
+  return ppoll(&input, 1, nullptr, &former_mask) > 0 && caught_signal == 0;
 }
 
 void ReleaseSignals() {
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     sigaction(kSignals[i], &former_actions[i], nullptr);
   }
+  sigprocmask(SIG_SETMASK, &former_mask, nullptr);
   if (caught_signal != 0) {
     std::raise(caught_signal);
   }
@@ -76,7 +90,7 @@ TerminalPrompt::~TerminalPrompt() {
 
 bool TerminalPrompt::Ask(const std::string& prompt, std::size_t limit, std::string& line) {
   Show(terminal_.get(), prompt);
-  const bool read = caught_signal == 0 && ReadLine(terminal_.get(), limit, line);
+  const bool read = WaitForInput(terminal_.get()) && ReadLine(terminal_.get(), limit, line);
   Show(terminal_.get(), "\n");
   return read && caught_signal == 0;
 }

@@ -12,17 +12,17 @@ class WEBAPI_EXPORT APIAuth {
  public:
   APIAuth() = delete;
 
-  // Whether the class of `userName` ("admin" or "normal" by the request's
+  // Whether the class of `user_name` ("admin" or "normal" by the request's
   // session, "domain" for a name with a backslash, else "ldap" for one with
   // "@", else "local") stands in the "allowUser" of the request's API.  False
   // for a null name, and for an API that names no classes.
-  static bool CheckAllowUser(APIRequest* request, const char* userName);
+  static bool CheckAllowUser(APIRequest* request, const char* user_name);
 
-  // Checks the session `sessionId` and the rights of the request's user.  False
+  // Checks the session `session_id` and the rights of the request's user.  False
   // with error 105 on every refusal; false also when the response already
   // carries an error.
-  static bool CheckPermission(APIRequest* request, APIResponse* response, const char* sessionId,
-                              bool allowTimeout);
+  static bool CheckPermission(APIRequest* request, APIResponse* response, const char* session_id,
+                              bool allow_timeout);
 
   // Marks the request's session as active now.  False if there is none.
   static bool UpdateTimeout(APIRequest* request);

@@ -31,22 +31,22 @@ class WEBAPI_EXPORT APIBase {
   virtual bool HasData(const std::string& section, const std::string& key);
 
   // Merges the members of the object `value` into `section`; keys that `value`
-  // does not name are kept.  With `stringOnly`, members that are no strings are
+  // does not name are kept.  With `string_only`, members that are no strings are
   // skipped.  False, and nothing changed, if there is no such section or
   // `value` is not an object or is empty.
-  virtual bool SetData(const std::string& section, const Json::Value& value, bool stringOnly);
+  virtual bool SetData(const std::string& section, const Json::Value& value, bool string_only);
 
   // Sets one key of `section`, replacing its old value.  False, and nothing
-  // changed, if there is no such section, `key` is empty, or `stringOnly` is
+  // changed, if there is no such section, `key` is empty, or `string_only` is
   // set and `value` is not a string.
   virtual bool SetData(const std::string& section, const std::string& key, const Json::Value& value,
-                       bool stringOnly);
+                       bool string_only);
 
   // The value of `key` in `section`, the whole section if `key` is empty, or
-  // `defaultValue` itself if there is no such section or key.  The reference
+  // `default_value` itself if there is no such section or key.  The reference
   // stays valid until the value is set again or cleared.
   virtual const Json::Value& GetData(const std::string& section, const std::string& key,
-                                     const Json::Value& defaultValue);
+                                     const Json::Value& default_value);
 
   // Removes `key` from `section`; true if it was there.  An empty `key` empties
   // the section, which stays present, and gives true.  False if there is no

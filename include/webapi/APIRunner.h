@@ -133,12 +133,12 @@ class WEBAPI_EXPORT APIRunner {
   // --- Handler libraries ---
 
   // Opens (or reuses) the request's handler library and fetches its tables.
-  // `checkTable` may be null.  True only when the method table was obtained.
+  // `check_table` may be null.  True only when the method table was obtained.
   // The tables stay valid until CloseLib.
-  bool OpenLib(APIRequest* request, _tag_API_TABLE** table, _tag_API_CHECK_TABLE** checkTable);
+  bool OpenLib(APIRequest* request, _tag_API_TABLE** table, _tag_API_CHECK_TABLE** check_table);
   bool GetTableFunc(void* handle, _tag_API_TABLE** table);
-  // True, and `*checkTable` untouched, when the library has none.
-  bool GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** checkTable);
+  // True, and `*check_table` untouched, when the library has none.
+  bool GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** check_table);
   // Closes every open library.
   void CloseLib();
 

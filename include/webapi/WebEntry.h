@@ -49,7 +49,7 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
   bool SkipPermission(APIRequest* request) override;
 
   // The session check alone: an error code, 0 when passed.
-  int CheckPermission(bool allowTimeout);
+  int CheckPermission(bool allow_timeout);
 
   // --- Parameters ---
 
@@ -87,7 +87,7 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
   // Takes over a session id or an access token that came as a parameter.
   bool InitSessionVariables();
   // Checks session and token; the result of the platform's check.
-  int CheckCredentials(bool allowTimeout);
+  int CheckCredentials(bool allow_timeout);
 
   Json::Value temp_files_;        // paths to delete at the end
   std::unique_ptr<OrboCgi> cgi_;  // the platform's record of this request

@@ -43,14 +43,14 @@ bool IsValidSession(const char* session_id, bool allow_timeout) {
 
 }  // namespace
 
-bool APIAuth::CheckAllowUser(APIRequest* request, const char* userName) {
+bool APIAuth::CheckAllowUser(APIRequest* request, const char* user_name) {
   return request != nullptr &&
-         IsUserAllowed(request, userName, request->GetAPIInfo("allowUser", Json::Value()));
+         IsUserAllowed(request, user_name, request->GetAPIInfo("allowUser", Json::Value()));
 }
 
-bool APIAuth::CheckPermission(APIRequest* request, APIResponse* response, const char* sessionId,
-                              bool allowTimeout) {
-  if (sessionId == nullptr || !IsValidSession(sessionId, allowTimeout)) {
+bool APIAuth::CheckPermission(APIRequest* request, APIResponse* response, const char* session_id,
+                              bool allow_timeout) {
+  if (session_id == nullptr || !IsValidSession(session_id, allow_timeout)) {
     response->SetError(kErrorNoPrivilege);
     return false;
   }

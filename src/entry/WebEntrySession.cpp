@@ -57,15 +57,15 @@ Json::Value SessionFacts(const OrboCgi& cgi, const char* user, int result) {
 
 }  // namespace
 
-int WebEntry::CheckPermission(bool allowTimeout) {
-  Json::Value& slot = perm_info_["permResult"][allowTimeout ? 1 : 0];
+int WebEntry::CheckPermission(bool allow_timeout) {
+  Json::Value& slot = perm_info_["permResult"][allow_timeout ? 1 : 0];
   if (!JSON::IsInt(slot)) {
-    slot = CheckCredentials(allowTimeout);
+    slot = CheckCredentials(allow_timeout);
   }
   return PermissionError(JSON::AsInt(slot));
 }
 
-int WebEntry::CheckCredentials(bool allowTimeout) {
+int WebEntry::CheckCredentials(bool allow_timeout) {
   const std::string session_id = request_->GetSessionID();
   const char* const token = request_->GetOrboAccessTokenID();
   const bool has_token = token != nullptr && *token != '\0';
@@ -75,7 +75,7 @@ int WebEntry::CheckCredentials(bool allowTimeout) {
   char user[kUserNameSize] = {};
   int result = kUnknownSession;
   if (!session_id.empty()) {
-    const OrboCgiAuthOptions options{kAllChecks, allowTimeout ? 1 : 0};
+    const OrboCgiAuthOptions options{kAllChecks, allow_timeout ? 1 : 0};
     result = OrboCgiIsAuthorizedEx(cgi_.get(), session_id.c_str(), user, sizeof user, &options, 0);
   }
   if (result < 0) {

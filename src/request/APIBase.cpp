@@ -14,27 +14,27 @@ bool APIBase::HasData(const std::string& section, const std::string& key) {
   return data != nullptr && JSON::Has(*data, key);
 }
 
-bool APIBase::SetData(const std::string& section, const Json::Value& value, bool stringOnly) {
+bool APIBase::SetData(const std::string& section, const Json::Value& value, bool string_only) {
   Json::Value* data = JSON::Find(root_, section);
-  return data != nullptr && MergeSection(*data, Json::Value(value), stringOnly);
+  return data != nullptr && MergeSection(*data, Json::Value(value), string_only);
 }
 
 bool APIBase::SetData(const std::string& section, const std::string& key, const Json::Value& value,
-                      bool stringOnly) {
+                      bool string_only) {
   Json::Value* data = JSON::Find(root_, section);
-  if (data == nullptr || key.empty() || (stringOnly && !JSON::IsString(value))) {
+  if (data == nullptr || key.empty() || (string_only && !JSON::IsString(value))) {
     return false;
   }
   return JSON::Set(*data, key, value);
 }
 
 const Json::Value& APIBase::GetData(const std::string& section, const std::string& key,
-                                    const Json::Value& defaultValue) {
+                                    const Json::Value& default_value) {
   const Json::Value* data = JSON::Find(root_, section);
   if (data == nullptr) {
-    return defaultValue;
+    return default_value;
   }
-  return key.empty() ? *data : JSON::At(*data, key, defaultValue);
+  return key.empty() ? *data : JSON::At(*data, key, default_value);
 }
 
 bool APIBase::ClearData(const std::string& section, const std::string& key) {

@@ -100,9 +100,9 @@ bool APIRequestPrivate::HasData(const std::string& section, const std::string& k
 }
 
 bool APIRequestPrivate::SetData(const std::string& section, const std::string& key,
-                                const Json::Value& value, bool stringOnly) {
+                                const Json::Value& value, bool string_only) {
   MaterialiseMethods(section, key);
-  return APIBase::SetData(section, key, value, stringOnly);
+  return APIBase::SetData(section, key, value, string_only);
 }
 
 bool APIRequestPrivate::ClearData(const std::string& section, const std::string& key) {
@@ -111,9 +111,9 @@ bool APIRequestPrivate::ClearData(const std::string& section, const std::string&
 }
 
 const Json::Value& APIRequestPrivate::GetData(const std::string& section, const std::string& key,
-                                              const Json::Value& defaultValue) {
+                                              const Json::Value& default_value) {
   MaterialiseMethods(section, key);
-  return APIBase::GetData(section, key, defaultValue);
+  return APIBase::GetData(section, key, default_value);
 }
 
 void APIRequestPrivate::InitSession(Json::Value session) {

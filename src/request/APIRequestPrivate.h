@@ -39,10 +39,10 @@ class APIRequestPrivate : public APIBase {
   using APIBase::SetData;
   bool HasData(const std::string& section, const std::string& key) override;
   bool SetData(const std::string& section, const std::string& key, const Json::Value& value,
-               bool stringOnly) override;
+               bool string_only) override;
   bool ClearData(const std::string& section, const std::string& key) override;
   const Json::Value& GetData(const std::string& section, const std::string& key,
-                             const Json::Value& defaultValue) override;
+                             const Json::Value& default_value) override;
 
   // --- Environment ---
 

@@ -58,10 +58,10 @@ const Json::Value& APIResponsePrivate::Body() {
 }
 
 bool APIResponsePrivate::AddCookie(const std::string& name, const std::string& value,
-                                   const std::string& path, long expireMinutes,
-                                   const std::string& domain, bool secure, bool httpOnly) {
+                                   const std::string& path, long expire_minutes,
+                                   const std::string& domain, bool secure, bool http_only) {
   return AppendCookie(
-      {name, value, path, domain, expireMinutes, secure, httpOnly, APICookie::SameSite::kUnset});
+      {name, value, path, domain, expire_minutes, secure, http_only, APICookie::SameSite::kUnset});
 }
 
 bool APIResponsePrivate::AddCookie(const APICookie& cookie) {

@@ -33,7 +33,7 @@ class APIResponsePrivate : public APIBase {
   const Json::Value& Body();
 
   bool AddCookie(const std::string& name, const std::string& value, const std::string& path,
-                 long expireMinutes, const std::string& domain, bool secure, bool httpOnly);
+                 long expire_minutes, const std::string& domain, bool secure, bool http_only);
   bool AddCookie(const APICookie& cookie);
   bool Redirect(const std::string& path);
 

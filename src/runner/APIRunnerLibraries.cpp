@@ -36,7 +36,7 @@ Row* FetchTable(void* function) {
 }  // namespace
 
 bool APIRunner::OpenLib(APIRequest* request, _tag_API_TABLE** table,
-                        _tag_API_CHECK_TABLE** checkTable) {
+                        _tag_API_CHECK_TABLE** check_table) {
   if (table == nullptr || request == nullptr) {
     Log(LOG_ERR, "%s:%d Bad parameters", kSource, __LINE__);
     return false;
@@ -52,8 +52,8 @@ bool APIRunner::OpenLib(APIRequest* request, _tag_API_TABLE** table,
     libs_.erase(path);
     return false;
   }
-  if (checkTable != nullptr) {
-    GetCheckTableFunc(handle, checkTable);
+  if (check_table != nullptr) {
+    GetCheckTableFunc(handle, check_table);
   }
   if (!GetTableFunc(handle, table)) {
     Log(LOG_ERR, "%s:%d Get API Table Fail", kSource, __LINE__);
@@ -80,8 +80,8 @@ bool APIRunner::GetTableFunc(void* handle, _tag_API_TABLE** table) {
   return true;
 }
 
-bool APIRunner::GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** checkTable) {
-  if (handle == nullptr || checkTable == nullptr) {
+bool APIRunner::GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** check_table) {
+  if (handle == nullptr || check_table == nullptr) {
     return false;
   }
   const char* error;
@@ -89,8 +89,8 @@ bool APIRunner::GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** checkTabl
   if (error != nullptr || symbol == nullptr) {
     return true;  // a library without checks is normal
   }
-  *checkTable = FetchTable<_tag_API_CHECK_TABLE>(symbol);
-  if (*checkTable == nullptr) {
+  *check_table = FetchTable<_tag_API_CHECK_TABLE>(symbol);
+  if (*check_table == nullptr) {
     Log(LOG_ERR, "%s:%d cannot get api check table", kSource, __LINE__);
     return false;
   }

@@ -29,7 +29,9 @@ void WriteHats(const Json::Value& hats) { setenv(kHatVariable, JSON::ToText(hats
 
 // Enters the first hat that exists and returns its name; "EmptyHat" for none.
 std::string EnterHat(const std::string& api, const std::string& method) {
-  for (const std::string& hat : {api + "." + method, api, std::string("DefaultHat")}) {
+  std::string method_hat = api;
+  method_hat.append(".").append(method);
+  for (const std::string& hat : {method_hat, api, std::string("DefaultHat")}) {
     if (ORBO_aa_change_hat(hat.c_str(), kHatToken) == 0) {
       return hat;
     }

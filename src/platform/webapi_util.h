@@ -11,6 +11,10 @@ namespace ORBO::WebAPIUtil {
 // `out` unchanged, if it cannot be read or is malformed.
 bool ReadJsonFile(const std::string& path, Json::Value& out);
 
+// Makes `value` as JSON text the content of the file `path`; see ReplaceFile of
+// util/write_file.h.  False with `errno` set, and the file is as it was.
+bool WriteJsonFile(const std::string& path, const Json::Value& value);
+
 // Splits `text` at every character of the one-character text `separator` into
 // an array of strings.  Blanks and tabs around the pieces are trimmed; empty
 // pieces stay.

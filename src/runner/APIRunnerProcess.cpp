@@ -48,6 +48,13 @@ bool PassesCheck(const _tag_API_CHECK_TABLE* row, const CallName& call, APIReque
   return passed;
 }
 
+// Whether a call is one of those that the usage counters are about: asked for by a
+// client, by intent, and not left out by its description.
+bool IsCounted(APIRequestPrivate& request, bool allow_timeout) {
+  return !allow_timeout && request.GetFlag("attr", "_collector_count_webapi", false) &&
+         request.GetFlag("reqLib", "count", true);
+}
+
 // Checks and serves `call` by the tables of its library.
 bool CallHandler(const _tag_API_TABLE* table, const _tag_API_CHECK_TABLE* checks,
                  const CallName& call, APIRequest* request, APIResponse* response) {
@@ -102,6 +109,10 @@ bool APIRunner::ProcessLib(APIRequest* request, APIResponse* response) {
   }
   const bool allow_upload = GetMethodAttr(call.api, call.version, call.method, "allowUpload");
   const bool allow_download = GetMethodAttr(call.api, call.version, call.method, "allowDownload");
+  const bool allow_timeout = GetMethodAttr(call.api, call.version, call.method, "allowTimeout");
+  if (IsCounted(*request->private_, allow_timeout)) {
+    IncreaseCounter(request);
+  }
 
   const HatGuard hat(call.api, call.method);
   if (request->IsUploadRequest() && (!allow_upload || !HandleUpload(request, response))) {

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace ORBO {
 
 // Owns a file descriptor and closes it at the end; errno is kept.
@@ -19,6 +21,9 @@ class Descriptor {
 
   // Owns `descriptor` from now on and closes what it owned before.
   void Reset(int descriptor);
+
+  // Hands the descriptor over: the caller closes it.
+  int Release() { return std::exchange(descriptor_, -1); }
 
  private:
   int descriptor_;

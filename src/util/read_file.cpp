@@ -50,19 +50,18 @@ bool IsRegularFile(int descriptor, off_t& size) {
   return true;
 }
 
-}  // namespace
-
-bool ReadWholeFile(const std::string& path, std::string& out) {
+// Reads the file, opened with `flags` besides.
+bool ReadFile(const std::string& path, int flags, unsigned long long limit, std::string& out) {
   // Opening never waits: a pipe in the place of the file must not stop the process.
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | flags));
   off_t size = 0;
   if (!file.IsOpen() || !IsRegularFile(file.get(), size)) {
     return false;
   }
   if (size == 0) {
-    return ReadUpTo(file.get(), out.max_size(), out);
+    return ReadUpTo(file.get(), limit, out);
   }
-  if (static_cast<unsigned long long>(size) > out.max_size()) {
+  if (static_cast<unsigned long long>(size) > limit) {
     errno = EFBIG;
     return false;
   }
@@ -72,6 +71,16 @@ bool ReadWholeFile(const std::string& path, std::string& out) {
   }
   out = std::move(text);
   return true;
+}
+
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, std::string& out) {
+  return ReadFile(path, 0, out.max_size(), out);
+}
+
+bool ReadOwnFile(const std::string& path, unsigned long long limit, std::string& out) {
+  return ReadFile(path, O_NOFOLLOW, std::min<unsigned long long>(limit, out.max_size()), out);
 }
 
 bool ReadUpTo(int descriptor, unsigned long long limit, std::string& out) {

@@ -6,6 +6,8 @@
 
 #include <cerrno>
 
+#include "util/Descriptor.h"
+
 int QLIBCFileExist(const char* path) {
   struct stat status;
   if (path == nullptr) {
@@ -32,4 +34,16 @@ int QLIBCFileUTime(const char* path, int /*flags*/, int /*reserved*/) {
     return -1;
   }
   return utimensat(AT_FDCWD, path, nullptr, AT_SYMLINK_NOFOLLOW);
+}
+
+int QLIBCFileTouch(const char* path) {
+  if (QLIBCFileUTime(path, 0, 0) == 0) {
+    return 0;
+  }
+  if (errno != ENOENT) {
+    return -1;
+  }
+  const ORBO::Descriptor file(
+      open(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
+  return file.IsOpen() ? 0 : -1;
 }

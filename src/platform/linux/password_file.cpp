@@ -15,6 +15,7 @@
 #include "util/Descriptor.h"
 #include "util/paths.h"
 #include "util/read_file.h"
+#include "util/write_file.h"
 
 namespace ORBO {
 namespace {
@@ -105,17 +106,6 @@ struct stat FirstStatus() {
     status.st_mode = kGroupReads;
   }
   return status;
-}
-
-bool WriteAll(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(file, text.data(), text.size());
-    if (count < 0 && errno != EINTR) {
-      return false;
-    }
-    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-  }
-  return true;
 }
 
 // Writes the new file beside the old one.  The caller holds the lock, so that what

@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <ctime>
 
+#include "platform/linux/key_value_text.h"
 #include "util/Descriptor.h"
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/read_file.h"
-#include "util/trim.h"
 
 namespace ORBO {
 namespace {
@@ -60,24 +60,6 @@ const std::string& Content::Read(const std::string& path) {
   return text_;
 }
 
-// The value that the line gives to `key`, or `value` if it is about another one.
-std::string_view ReadLine(std::string_view line, std::string_view key, std::string_view value) {
-  const std::size_t equals = line.find('=');
-  return equals != std::string_view::npos && Trim(line.substr(0, equals)) == key
-             ? Trim(line.substr(equals + 1))
-             : value;
-}
-
-std::string_view ValueOf(std::string_view text, std::string_view key) {
-  std::string_view value;
-  while (!text.empty()) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    value = ReadLine(line, key, value);
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-  }
-  return value;
-}
-
 }  // namespace
 
 std::string PlatformSetting(std::string_view key) { return PlatformSettings({key}).front(); }
@@ -88,7 +70,7 @@ std::vector<std::string> PlatformSettings(std::initializer_list<std::string_view
   std::vector<std::string> values;
   values.reserve(keys.size());
   for (const std::string_view key : keys) {
-    values.emplace_back(ValueOf(text, key));
+    values.emplace_back(ValueOfKey(text, key));
   }
   return values;
 }

@@ -15,6 +15,7 @@
 #include "platform/linux/random.h"
 #include "util/Descriptor.h"
 #include "util/read_file.h"
+#include "util/write_file.h"
 
 namespace ORBO {
 namespace {
@@ -22,18 +23,6 @@ namespace {
 constexpr mode_t kFileMode = 0600;
 constexpr char kTemporaryPrefix[] = ".new-";
 constexpr std::int64_t kLeftoverAge = 3600;
-
-bool WriteAll(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(file, text.data(), text.size());
-    if (count >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
-}
 
 // A new file of `directory` that is gone with this object; what is linked to it
 // stays.

@@ -55,6 +55,25 @@ class WEBAPI_EXPORT APIRunner {
   // read with GetResponse.  Throws nothing.
   virtual void Run(const Json::Value& options);
 
+  // Calls an API in this process as `user`, without the web server and without a
+  // permission check: the caller answers for that.  `params` are the parameters, an
+  // object or null; `attr`, an object or null, gives request attributes.  `result`
+  // becomes the response body with the member "httpd_restart", or an error body:
+  // 101 when `api`, `method` or `user` is null, 102 also when the web-API directory
+  // cannot be entered.  Throws nothing.
+  //
+  // During the call the process works in the web-API directory, its log identity
+  // names the call, and the environment variables USERNAME and
+  // ORBO_WEBAPI_USERNAME hold `user`.  Afterwards all is as before, with one
+  // exception: USERNAME takes the earlier value of ORBO_WEBAPI_USERNAME, and where
+  // that was unset both keep `user`.  The call inherits the process environment, so
+  // that within an upload request only methods with "allowUpload" can be called.
+  static void Exec(Json::Value& result, const char* api, int version, const char* method,
+                   const Json::Value& params, const Json::Value& attr, const char* user);
+  // The same without attributes.
+  static void Exec(Json::Value& result, const char* api, int version, const char* method,
+                   const Json::Value& params, const char* user);
+
   // Fills the request from the process environment and `options`.  False with
   // error 101 if `options` is empty.
   virtual bool Initialize(const Json::Value& options);
@@ -132,8 +151,15 @@ class WEBAPI_EXPORT APIRunner {
   // "/etc/orboinfo.conf" is "yes" when the process first asks).  A failure changes
   // nothing and is not reported.
   void IncreaseCounter(APIRequest* request);
-  // Serves the built-in API "ORBO.Entry.Request".
+  // Serves the built-in API "ORBO.Entry.Request".  False with error 110 without a
+  // list of calls, or beyond eight lists within each other.
   bool ProcessEntry(APIRequest* request, APIResponse* response);
+  // Runs the calls in the array parameter "compound" one after another, as the
+  // caller of `request`, and answers with all their bodies; what fails or is
+  // refused is told there.  With "stop_when_error" the calls after a failed one are
+  // left out (112).  Calls with "allowUpload" or "allowDownload" are refused (113).
+  // False with error 110 if "compound" is no array.
+  bool HandleCompound(APIRequest* request, APIResponse* response);
 
   // --- Handler libraries ---
 
@@ -150,6 +176,9 @@ class WEBAPI_EXPORT APIRunner {
  private:
   friend class APIRunnerPrivate;
   friend class WebEntry;
+
+  // Runs one call of a compound request; false if it failed or was refused.
+  bool ProcessElement(APIRequest* request, APIResponse* response);
 
   Json::Value lib_def_;                        // defaults of the descriptions
   std::unique_ptr<DescriptionCache> descs_;    // descriptions by API name

@@ -42,6 +42,10 @@ bool WebEntry::SkipPermission(APIRequest* request) {
 
 bool WebEntry::CheckPermission(APIRequest* request, APIResponse* response) {
   const int error = CheckPermission(GetMethodAttr(request, "allowTimeout"));
+  if (request != request_.get()) {
+    // A call of a compound request is made by the caller of the whole.
+    request->InitSession(request_->private_->GetData("session", "", Json::Value()));
+  }
   response->SetError(error);
   if (error != 0) {
     if (const char* const word = PermissionWord(error)) {

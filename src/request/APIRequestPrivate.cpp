@@ -77,6 +77,12 @@ void APIRequestPrivate::SetAPIDesc(const Json::Value& params) {
   }
 }
 
+void APIRequestPrivate::ClearAPIDesc() {
+  api_.clear();
+  version_ = 0;
+  method_.clear();
+}
+
 void APIRequestPrivate::InitAPIInfo(Json::Value info) {
   deferred_methods_ = {};
   ClearData("reqLib", "");

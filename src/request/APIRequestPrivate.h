@@ -28,6 +28,8 @@ class APIRequestPrivate : public APIBase {
   void InitEnv(Json::Value env);
   void InitParam(Json::Value request, bool reset);
   void InitAPIInfo(Json::Value info);
+  // Forgets which call the request makes; parameters set later name it anew.
+  void ClearAPIDesc();
   void InitSession(Json::Value session);
 
   // Adds the "methods" of the API's description as JSON text, which becomes a
@@ -47,6 +49,10 @@ class APIRequestPrivate : public APIBase {
   // --- Environment ---
 
   void InitURL();
+  // Classifies the browser.
+  void InitUA();
+  // Classifies and then reads one of the flags.
+  bool GetUserAgentFlag(const char* key);
 
   // --- Parameters ---
 

@@ -57,6 +57,20 @@ const Json::Value& APIResponsePrivate::Body() {
   return GetData("body", "", kNoBody);
 }
 
+Json::Value APIResponsePrivate::TakeBody() {
+  Json::Value body(Json::objectValue);
+  if (Json::Value* const stored = JSON::Find(root_, "body")) {
+    body.swap(*stored);
+  }
+  return body;
+}
+
+void APIResponsePrivate::ClearResult() {
+  error_ = 0;
+  JSON::Remove(root_, "body");
+  callbacks_.clear();
+}
+
 bool APIResponsePrivate::AddCookie(const std::string& name, const std::string& value,
                                    const std::string& path, long expire_minutes,
                                    const std::string& domain, bool secure, bool http_only) {

@@ -31,6 +31,11 @@ class APIResponsePrivate : public APIBase {
   // The body, or an empty object before any result; valid until the next
   // result.
   const Json::Value& Body();
+  // Moves the body out.
+  Json::Value TakeBody();
+  // Forgets the result and the callbacks, so that the response can serve another
+  // call; headers, cookies and options stay.
+  void ClearResult();
 
   bool AddCookie(const std::string& name, const std::string& value, const std::string& path,
                  long expire_minutes, const std::string& domain, bool secure, bool http_only);

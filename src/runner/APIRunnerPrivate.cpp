@@ -47,7 +47,11 @@ std::string ProgramName() {
 }  // namespace
 
 APIRunnerPrivate::APIRunnerPrivate(APIRunner* owner)
-    : owner_(owner), proc_name_(ProgramName()), orig_proc_name_(proc_name_) {}
+    : owner_(owner),
+      proc_name_(ProgramName()),
+      orig_proc_name_(proc_name_),
+      outer_identity_(g_log_identity),
+      outer_task_name_(g_task_name) {}
 
 void APIRunnerPrivate::SetArgs(int argc, char** argv) {
   if (argc <= 0 || argv == nullptr || argv[0] == nullptr) {
@@ -81,9 +85,12 @@ bool APIRunnerPrivate::ShowCall(const std::string& api, int version, const std::
 
 void APIRunnerPrivate::ShowProgram() {
   SetArgv0(orig_proc_name_);
-  std::snprintf(g_log_identity, sizeof g_log_identity, "%s", orig_proc_name_.c_str());
+  const bool within_call = !outer_identity_.empty();
+  std::snprintf(g_log_identity, sizeof g_log_identity, "%s",
+                within_call ? outer_identity_.c_str() : orig_proc_name_.c_str());
   OpenLog();
-  std::snprintf(g_task_name, sizeof g_task_name, "%s", orig_proc_name_.c_str());
+  std::snprintf(g_task_name, sizeof g_task_name, "%s",
+                within_call ? outer_task_name_.c_str() : orig_proc_name_.c_str());
   prctl(PR_SET_NAME, g_task_name);
 }
 

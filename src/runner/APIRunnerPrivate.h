@@ -27,7 +27,8 @@ class APIRunnerPrivate {
   // Names the process after one call.  False, with `errno` set, if the kernel
   // refuses the task name.
   bool ShowCall(const std::string& api, int version, const std::string& method);
-  // Names the process after its program again.
+  // Names the process after its program again, or after the call that another
+  // runner was serving when this one was made.
   void ShowProgram();
 
  private:
@@ -36,6 +37,8 @@ class APIRunnerPrivate {
   std::size_t argv0_length_ = 0;  // room there without the terminator
   std::string proc_name_;
   std::string orig_proc_name_;
+  std::string outer_identity_;   // the log identity that was found; empty for none
+  std::string outer_task_name_;  // the task name then
 };
 
 }  // namespace ORBO

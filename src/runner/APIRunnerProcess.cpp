@@ -18,7 +18,6 @@ namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
 constexpr char kEntryAPI[] = "ORBO.Entry.Request";
-constexpr char kEntryMethod[] = "request";
 
 // Calls `function`, a check or a handler of a separately built library, and
 // keeps its exceptions from leaving.  False if it threw.
@@ -88,16 +87,6 @@ bool APIRunner::Process(APIRequest* request, APIResponse* response) {
   // The calls of a compound request have named the process after themselves.
   SetProcessName(request, response);
   return done;
-}
-
-bool APIRunner::ProcessEntry(APIRequest* request, APIResponse* response) {
-  if (request->private_->method() != kEntryMethod) {
-    return false;
-  }
-  // Calls inside a call are not served by this runner: refused like a request
-  // that names none.
-  response->SetError(kErrorCompound);
-  return false;
 }
 
 bool APIRunner::ProcessLib(APIRequest* request, APIResponse* response) {

@@ -10,10 +10,12 @@ enum ErrorCode : int {
   kErrorNoSuchVersion = 104,  // out of range
   kErrorNoPrivilege = 105,
   kErrorSessionTimeout = 106,
-  kErrorUpload = 108,    // upload could not be read
-  kErrorRelay = 109,     // relay failed or is not possible here
-  kErrorCompound = 110,  // compound request without a list of calls
-  kErrorLibrary = 111,   // handler library or its table not available
+  kErrorUpload = 108,         // upload could not be read
+  kErrorRelay = 109,          // relay failed or is not possible here
+  kErrorCompound = 110,       // compound request without a list of calls, or too deep
+  kErrorLibrary = 111,        // handler library or its table not available
+  kErrorSkipped = 112,        // compound call skipped after an error
+  kErrorNotInCompound = 113,  // compound call to an upload or download method
   kErrorUploadNotAllowed = 115,
   kErrorDemoMode = 116,
   kErrorNoResult = 117,     // the handler set no result

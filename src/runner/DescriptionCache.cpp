@@ -19,25 +19,6 @@ namespace {
 constexpr char kSource[] = "APIRunner.cpp";
 constexpr JSON::Comments kComments = JSON::Comments::kAllowed;
 
-// What the rules look at, with the contents of "methods" left out.
-Json::Value ValueForRules(const DescriptionFile::Entry& entry) {
-  Json::Value value;
-  if (entry.text.front() != '{') {
-    return value;
-  }
-  for (const char* key : {"lib", "minVersion", "maxVersion", "priority"}) {
-    const std::string_view text = entry.Find(key);
-    if (!text.empty()) {
-      JSON::Parse(text, value[key], kComments);
-    }
-  }
-  const std::string_view methods = entry.Find("methods");
-  if (!methods.empty() && methods.front() == '{') {
-    value["methods"] = Json::Value(Json::objectValue);
-  }
-  return value;
-}
-
 }  // namespace
 
 std::string FindDescriptionFile(const std::string& api) {
@@ -70,7 +51,7 @@ void LogInvalidEntry(const DescriptionFile::Entry& entry) {
 std::vector<const DescriptionFile::Entry*> ValidEntries(const DescriptionFile& file) {
   std::vector<const DescriptionFile::Entry*> valid;
   for (const DescriptionFile::Entry& entry : file.entries()) {
-    if (IsValidDescription(ValueForRules(entry))) {
+    if (IsValidDescription(entry)) {
       valid.push_back(&entry);
     } else {
       LogInvalidEntry(entry);

@@ -113,10 +113,12 @@ std::size_t DescriptionFile::IndexMethod(std::size_t position, Method& method) {
     std::size_t members = 0;
     ContainerCursor cursor(text_, position, kComments);
     while (cursor.Next()) {
+      const std::size_t value_end = JSON::SkipValue(text_, cursor.value(), kComments);
       if (members++ == 0) {
         method.name = cursor.key();
+        method.attributes = Slice(text_, cursor.value(), value_end);
       }
-      cursor.Leave(JSON::SkipValue(text_, cursor.value(), kComments));
+      cursor.Leave(value_end);
     }
     method.one_member = members == 1;
     end = cursor.end();

@@ -25,6 +25,7 @@ class DescriptionFile {
   struct Method {
     std::string_view text;
     std::string_view name;  // first name in the text, with its quotes; empty for other elements
+    std::string_view attributes;  // the value of that name; empty for a bare name
     bool one_member;
   };
 

@@ -1,6 +1,7 @@
 #include "runner/description_rules.h"
 
 #include "util/json_types.h"
+#include "util/number_text.h"
 
 namespace ORBO {
 namespace {
@@ -14,13 +15,15 @@ void SetDefault(Json::Value& entry, const char* key, const Json::Value& value) {
   }
 }
 
-bool IsPriority(const Json::Value& value) {
-  if (!JSON::IsInt(value)) {
-    return false;
-  }
-  const std::int64_t priority = JSON::AsInt64(value);
-  return priority >= kMinPriority && priority <= kMaxPriority;
+bool IsPriority(std::int64_t number) { return number >= kMinPriority && number <= kMaxPriority; }
+
+// The integer that a JSON value is, by its text.
+bool ReadInt(std::string_view text, std::int64_t& out) {
+  JSON::Integer integer;
+  return JSON::ReadInteger(text, integer) && JSON::ToSigned(integer, out);
 }
+
+bool IsFilledString(std::string_view text) { return text.size() > 2 && text.front() == '"'; }
 
 }  // namespace
 
@@ -36,7 +39,18 @@ bool IsValidDescription(const Json::Value& entry) {
     return false;
   }
   const Json::Value* priority = JSON::Find(entry, "priority");
-  return priority == nullptr || IsPriority(*priority);
+  return priority == nullptr || (JSON::IsInt(*priority) && IsPriority(JSON::AsInt64(*priority)));
+}
+
+bool IsValidDescription(const DescriptionFile::Entry& entry) {
+  // What is no object has no members.
+  std::int64_t number = 0;
+  if (!IsFilledString(entry.Find("lib")) || !ReadInt(entry.Find("minVersion"), number) ||
+      !ReadInt(entry.Find("maxVersion"), number) || entry.Find("methods").substr(0, 1) != "{") {
+    return false;
+  }
+  const std::string_view priority = entry.Find("priority");
+  return priority.empty() || (ReadInt(priority, number) && IsPriority(number));
 }
 
 void ApplyDescriptionDefaults(Json::Value& entry, const Json::Value& lib_def) {

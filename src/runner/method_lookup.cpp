@@ -91,7 +91,10 @@ std::string_view FindMethodAttributes(const Entry& entry, int version, const std
     return candidate.one_member ? JSON::QuotedEquals(candidate.name, method)
                                 : FindFirstMember(candidate).name == method;
   });
-  return element == nullptr ? std::string_view() : FindFirstMember(*element).value;
+  if (element == nullptr) {
+    return {};
+  }
+  return element->one_member ? element->attributes : FindFirstMember(*element).value;
 }
 
 }  // namespace ORBO

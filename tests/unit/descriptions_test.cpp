@@ -29,7 +29,7 @@ TEST(DescriptionCandidates, ArePrefixesFromTheSecondDotOn) {
   EXPECT_EQ(Names(), DescriptionCandidates(std::string("ORBO\0.x", 7)));
 }
 
-TEST(CheckLibDescription, AcceptsOnlyUsableEntries) {
+TEST(CheckLibDescription, AcceptsOnlyUsableEntriesAsValueAndAsText) {
   const std::pair<const char*, bool> rows[] = {
       // Each is merged over a usable entry.
       {R"({"minVersion":3,"maxVersion":1})", true},
@@ -45,6 +45,7 @@ TEST(CheckLibDescription, AcceptsOnlyUsableEntries) {
       {R"({"methods":[]})", false},
   };
   APIRunner runner;
+  const WebAPIDirectory directory;
   for (const auto& [text, valid] : rows) {
     Json::Value entry = FromText(R"({"lib":"x","minVersion":1,"maxVersion":1,"methods":{}})");
     const Json::Value change = FromText(text);
@@ -52,6 +53,10 @@ TEST(CheckLibDescription, AcceptsOnlyUsableEntries) {
       entry[name] = change[name];
     }
     EXPECT_EQ(valid, runner.CheckLibDescription(entry)) << text;
+    Json::Value loaded(Json::objectValue);
+    directory.Write("T.lib", R"({"T":)" + JSON::ToText(entry) + "}");
+    EXPECT_TRUE(runner.InitLibDesc(loaded, "T"));
+    EXPECT_EQ(valid, loaded.isMember("T")) << text;
   }
 }
 

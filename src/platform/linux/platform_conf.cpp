@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 
 #include "platform/linux/key_value_text.h"
@@ -21,18 +22,39 @@ constexpr char kSource[] = "platform_conf.cpp";
 // difference that its times would show.
 constexpr std::time_t kUnsettled = 2;
 
+// One request asks several times; within this time the last look at the file holds.
+constexpr std::chrono::milliseconds kLookHolds(100);
+
 constexpr std::string_view kSeparators = ", \t";
 
-// The content of the file, kept for the calls that one request makes.
+// The lines that are neither empty nor comments.  Comments are most of the file,
+// and every look for a key would pass them.
+std::string SettingLines(std::string_view text) {
+  std::string lines;
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    if (!line.empty() && line.front() != '#') {
+      lines.append(line).push_back('\n');
+    }
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
+  return lines;
+}
+
+// The settings in the file, kept for the calls that one request makes.
 class Content {
  public:
   // Empty where there is no such file.
   const std::string& Read(const std::string& path);
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   bool IsCurrent(const struct stat& status) const;
 
+  std::string path_;
   std::string text_;
+  Clock::time_point looked_;
   // Of the file when it was read.  Inode 0: nothing is kept.
   struct stat status_ = {};
 };
@@ -45,10 +67,17 @@ bool Content::IsCurrent(const struct stat& status) const {
 }
 
 const std::string& Content::Read(const std::string& path) {
-  struct stat status = {};
-  if (status_.st_ino != 0 && stat(path.c_str(), &status) == 0 && IsCurrent(status)) {
+  const Clock::time_point now = Clock::now();
+  if (status_.st_ino != 0 && path == path_ && now - looked_ < kLookHolds) {
     return text_;
   }
+  looked_ = now;
+  struct stat status = {};
+  if (status_.st_ino != 0 && path == path_ && stat(path.c_str(), &status) == 0 &&
+      IsCurrent(status)) {
+    return text_;
+  }
+  path_ = path;
   text_.clear();
   status_ = {};
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -57,6 +86,7 @@ const std::string& Content::Read(const std::string& path) {
       std::time(nullptr) - status.st_ctim.tv_sec > kUnsettled) {
     status_ = status;
   }
+  text_ = SettingLines(text_);
   return text_;
 }
 

@@ -11,8 +11,9 @@ namespace ORBO {
 // when the file or the key is missing.  Lines are "key=value" with blanks around
 // either; "#" begins a comment line; the last line of a key wins.
 //
-// The file is looked at in every call, and read again when it has changed.  Most
-// requests ask for nothing.
+// The file is read again when it has changed.  What changes within 100 ms of the
+// last look is seen after that time, unless the file was new then.  Most requests
+// ask for nothing.
 std::string PlatformSetting(std::string_view key);
 
 // The values of several keys, in their order, from one look at the file.

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "util/json_cursor.h"
+#include "util/json_scan.h"
 #include "util/json_text.h"
-#include "util/json_types.h"
+#include "util/number_text.h"
 
 namespace ORBO {
 namespace {
@@ -14,33 +16,82 @@ namespace {
 // With its end it fits the buffers that callers of the platform have.
 constexpr std::size_t kLongestUser = 492;
 
-// Each reads a member that may be missing; `out` is unchanged then.  False if it
-// has the wrong type.
-bool Read(const Json::Value& object, std::string_view key, std::string& out) {
-  const Json::Value* const value = JSON::Find(object, key);
-  if (value != nullptr && JSON::IsString(*value)) {
-    out = JSON::AsString(*value);
+// Each reads the text of a JSON value.  False if it has the wrong type.
+bool Read(std::string_view text, std::string& out) {
+  if (text.front() != '"') {
+    return false;
   }
-  return value == nullptr || JSON::IsString(*value);
+  out = JSON::DecodeString(text);
+  return true;
 }
 
-bool Read(const Json::Value& object, std::string_view key, bool& out) {
-  const Json::Value* const value = JSON::Find(object, key);
-  if (value != nullptr && JSON::IsBool(*value)) {
-    out = JSON::AsBool(*value);
-  }
-  return value == nullptr || JSON::IsBool(*value);
+bool Read(std::string_view text, bool& out) {
+  out = text == "true";
+  return out || text == "false";
 }
 
 template <typename Number>
-bool Read(const Json::Value& object, std::string_view key, Number& out) {
-  const Json::Value* const value = JSON::Find(object, key);
-  if (value == nullptr) {
-    return true;
+bool Read(std::string_view text, Number& out) {
+  JSON::Integer integer;
+  std::int64_t number = 0;
+  if (!JSON::ReadInteger(text, integer) || !JSON::ToSigned(integer, number)) {
+    return false;
   }
-  const std::int64_t number = JSON::AsInt64(*value);
   out = static_cast<Number>(number);
-  return JSON::IsInt(*value) && static_cast<std::int64_t>(out) == number;
+  return static_cast<std::int64_t>(out) == number;
+}
+
+// Where the text of the member `key`, a quoted name, is kept; null if it is none.
+std::string* FindText(std::string_view key, Session& session) {
+  static constexpr struct {
+    char name[12];
+    std::string Session::*text;
+  } kRows[] = {{"user", &Session::user},
+               {"address", &Session::address},
+               {"application", &Session::application},
+               {"webapi", &Session::webapi},
+               {"language", &Session::language}};
+  for (const auto& row : kRows) {
+    if (JSON::QuotedEquals(key, row.name)) {
+      return &(session.*row.text);
+    }
+  }
+  return nullptr;
+}
+
+// Members of other names are none of this version's.
+bool ReadMember(std::string_view key, std::string_view value, Session& session) {
+  if (std::string* const text = FindText(key, session)) {
+    return Read(value, *text);
+  }
+  if (JSON::QuotedEquals(key, "skipAddressCheck")) {
+    return Read(value, session.skip_address_check);
+  }
+  if (JSON::QuotedEquals(key, "timeout")) {
+    return Read(value, session.timeout);
+  }
+  return !JSON::QuotedEquals(key, "created") || Read(value, session.created);
+}
+
+// Reads the members of the one object that `text` is.  To build values of them would
+// cost as much as all the rest of a session's check.
+bool ReadMembers(std::string_view text, Session& session) {
+  constexpr JSON::Comments kComments = JSON::Comments::kRefused;
+  const std::size_t begin = JSON::SkipBlanks(text, 0, kComments);
+  if (begin >= text.size() || text[begin] != '{') {
+    return false;
+  }
+  JSON::ContainerCursor cursor(text, begin, kComments);
+  while (cursor.Next()) {
+    const std::size_t end = JSON::SkipValue(text, cursor.value(), kComments);
+    if (end == JSON::kMalformed ||
+        !ReadMember(cursor.key(), text.substr(cursor.value(), end - cursor.value()), session)) {
+      return false;
+    }
+    cursor.Leave(end);
+  }
+  return cursor.end() != JSON::kMalformed &&
+         JSON::SkipBlanks(text, cursor.end(), kComments) == text.size();
 }
 
 }  // namespace
@@ -65,15 +116,8 @@ std::string ToSessionText(const Session& session) {
 }
 
 bool FromSessionText(const std::string& text, Session& out) {
-  Json::Value object;
   Session session;
-  if (!JSON::Parse(text, object) || object.type() != Json::objectValue ||
-      !Read(object, "user", session.user) || !Read(object, "address", session.address) ||
-      !Read(object, "application", session.application) ||
-      !Read(object, "webapi", session.webapi) || !Read(object, "language", session.language) ||
-      !Read(object, "skipAddressCheck", session.skip_address_check) ||
-      !Read(object, "timeout", session.timeout) || !Read(object, "created", session.created) ||
-      !IsStorableUser(session.user)) {
+  if (!ReadMembers(text, session) || !IsStorableUser(session.user)) {
     return false;
   }
   out = std::move(session);

@@ -1,5 +1,10 @@
 #include <webapi/WebEntry.h>
 
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <utility>
+
 #include "entry/auth_level.h"
 #include "entry/permission_codes.h"
 #include "entry/user_rights.h"
@@ -10,11 +15,28 @@
 namespace ORBO {
 namespace {
 
-// The session as handlers see it: the facts of the check and the privilege that
-// it found.
+// Whether the session holds the facts of a session check and nothing else, so that
+// to take it apart and build it anew would not change it.
+bool HoldsFactsAlone(const Json::Value& session) {
+  static constexpr struct {
+    char name[16];
+    Json::ValueType type;
+  } kFacts[] = {
+      {"username", Json::stringValue}, {"isAdmin", Json::booleanValue},
+      {"sessFile", Json::stringValue}, {"isTimeout", Json::booleanValue},
+      {"timeout", Json::intValue},     {"isSkipCheckIP", Json::booleanValue},
+      {"uiLang", Json::stringValue},   {"app", Json::stringValue},
+      {"webapi", Json::stringValue},   {"isAuthorized", Json::booleanValue},
+  };
+  return session.size() == std::size(kFacts) &&
+         std::all_of(std::begin(kFacts), std::end(kFacts), [&session](const auto& fact) {
+           return JSON::At(session, fact.name).type() == fact.type;
+         });
+}
+
+// The session as handlers see it, but for the privilege that the check found.
 Json::Value CheckedSession(APIRequest* request) {
   Json::Value session(Json::objectValue);
-  session["appPriv"] = JSON::AsString(request->GetAPIInfo("appPriv", Json::Value("")));
   session["username"] = request->GetLoginUserName();
   session["isAdmin"] = request->IsAdmin();
   session["sessFile"] = request->GetSessionFilePath();
@@ -53,7 +75,7 @@ bool WebEntry::CheckPermission(APIRequest* request, APIResponse* response) {
     }
     return false;
   }
-  const APIRequestPrivate& call = *request->private_;
+  APIRequestPrivate& call = *request->private_;
   const std::string user = request->GetLoginUserName();
   // A method's own list replaces the API's.
   const Json::Value* const own =
@@ -64,7 +86,11 @@ bool WebEntry::CheckPermission(APIRequest* request, APIResponse* response) {
     response->SetError(kErrorNoPrivilege);
     return false;
   }
-  request->private_->InitSession(CheckedSession(request));
+  if (!HoldsFactsAlone(call.GetData("session", "", Json::Value::nullSingleton()))) {
+    call.InitSession(CheckedSession(request));
+  }
+  call.SetData("session", "appPriv",
+               JSON::AsString(request->GetAPIInfo("appPriv", Json::Value(""))), false);
   return true;
 }
 

@@ -149,6 +149,22 @@ class WEBAPI_EXPORT APIRequest {
   std::string GetURLPath(const std::string& fallback);
   std::string GetURLName(const std::string& fallback);
 
+  // --- The client's browser ---
+  //
+  // Always false: what a browser is found to be is not kept.  The operations
+  // stand for handlers that call them; one that treats browsers differently
+  // reads GetEnv("HTTP_USER_AGENT"), which a client sets as it likes.
+
+  bool IsMobile();
+  bool IsIPhone();  // also an iPad or iPod
+  bool IsAndroid();
+  bool IsIEMobile();
+  bool IsIPad();
+  bool IsPlayBook();
+  bool IsBlackBerry6();
+  bool IsWebKit();
+  bool IsSupportWebApp();
+
   // --- Login session ---
 
   // (uid_t)-1 when nobody is logged in or the user is unknown.

@@ -193,4 +193,14 @@ bool Remove(Json::Value& object, std::string_view key) {
   return object.type() == Json::objectValue && object.removeMember(Begin(key), End(key), nullptr);
 }
 
+Json::ArrayIndex SearchArrayIndex(const Json::Value& array, const Json::Value& value) {
+  const Json::ArrayIndex size = array.type() == Json::arrayValue ? array.size() : 0;
+  for (Json::ArrayIndex index = 0; index < size; ++index) {
+    if (array[index] == value) {
+      return index;
+    }
+  }
+  return Json::Value::maxUInt;
+}
+
 }  // namespace ORBO::JSON

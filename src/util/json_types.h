@@ -72,4 +72,10 @@ bool Set(Json::Value& object, std::string_view key, Json::Value value);
 // True if the member was there.
 bool Remove(Json::Value& object, std::string_view key);
 
+// --- Elements ---
+
+// The index of the first element of `array` that equals `value`, or
+// Json::Value::maxUInt if there is none or `array` is no array.
+Json::ArrayIndex SearchArrayIndex(const Json::Value& array, const Json::Value& value);
+
 }  // namespace ORBO::JSON

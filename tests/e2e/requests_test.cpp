@@ -73,6 +73,29 @@ TEST_P(Requests, UploadsNeedAMethodThatTakesThem) {
             "{\"error\":{\"code\":108,\"errors\":{\"upload_err\":-8}},\"success\":false}\n");
 }
 
+TEST_P(Requests, AreCountedWhereTheOwnerSharesUsageData) {
+  namespace fs = std::filesystem;
+  const std::string setting = server().root().path() + "/etc/orboinfo.conf";
+  const std::string spool = server().root().path() + "/var/spool/webapi";
+  fs::create_directories(fs::path(setting).parent_path());
+  fs::create_directories(fs::path(spool).parent_path());
+  server().root().HandOver();
+  for (const char* value : {"no", "\"yes\""}) {
+    EXPECT_FALSE(fs::exists(spool));
+    std::ofstream(setting) << "join_user_data_collect = " << value << "\n";
+    for (const std::string& query : {Probe("echo"), Probe("echo"), Probe("header"), Probe("none"),
+                                     EchoOf("ORBO.Test.Open"), EchoOf("ORBO.Test.Closed")}) {
+      server().Get(query);
+    }
+  }
+  fs::remove(setting);
+  // With the lock and the time stamp, and nothing of the others.
+  EXPECT_EQ(std::distance(fs::directory_iterator(spool), {}), 3);
+  const std::string counters = ReadFile(spool + "/ORBO.Test.Probe.json");
+  EXPECT_EQ(counters.substr(0, 39), R"({"ORBO.Test.Probe_1_echo":{"count":2,"c)");
+  EXPECT_EQ(counters.find("header"), std::string::npos);
+}
+
 }  // namespace
 
 }  // namespace e2e

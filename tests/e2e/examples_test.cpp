@@ -65,12 +65,14 @@ TEST_P(Examples, CheckNetworkSettings) {
        "10.1.2.0/25"},
       {ipv6 + "prefix=64&gateway=fe80::1%25eth0&dns=::1&mtu=1280", "fd00::/64"},
       {"hostname=nas&address=10.0.0.0&prefix=31&gateway=10.0.0.1", "10.0.0.0/31"},
-      {"hostname=5&domain=nas&address=null&netmask=255.0.255.0&gateway=x&dns=[1]&prefix=0"
+      {"hostname=5&domain=nas&address=null&netmask=255.0.255.0&gateway=x&dns=[[1]]&prefix=0"
        "&port=65536&mtu=9001",
        "hostname: no host name; domain: no domain; address: no address; netmask: no netmask; "
        "gateway: no address; dns: not up to three addresses; prefix: no number of bits; "
        "port: not 0 to 65535; mtu: not 576 to 9000; "},
+      {ipv4 + R"(dns=["::","::","::","::"])", "dns: not up to three addresses; "},
       {ipv4, "prefix: either this or a netmask; "},
+      {ipv4 + "prefix=24&netmask=255.0.0.0", "prefix: either this or a netmask; "},
       {ipv4 + "prefix=33", "prefix: longer than the address; "},
       {ipv6 + "netmask=255.0.0.0", "netmask: IPv6 has a prefix; "},
       {"hostname=nas&address=10.1.2.255&prefix=24&gateway=10.1.3.1",

@@ -74,7 +74,8 @@ int WebEntry::CheckCredentials(bool allow_timeout) {
   }
   char user[kUserNameSize] = {};
   int result = kUnknownSession;
-  if (!session_id.empty()) {
+  // The platform takes text up to a NUL: another id than the one that handlers see.
+  if (!session_id.empty() && session_id.find('\0') == std::string::npos) {
     const OrboCgiAuthOptions options{kAllChecks, allow_timeout ? 1 : 0};
     result = OrboCgiIsAuthorizedEx(cgi_.get(), session_id.c_str(), user, sizeof user, &options, 0);
   }

@@ -1,6 +1,7 @@
 // Methods that show what reaches a handler, and handlers that misbehave.
 
 #include <unistd.h>
+#include <webapi/APIAuth.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 #include <webapi/APITable.h>
@@ -10,6 +11,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -96,19 +98,74 @@ void Later(APIRequest*, APIResponse* response) {
   response->SetSuccess();
 }
 
-constexpr char kProbe[] = "ORBO.Test.Probe";
+// Who calls, as handlers see it.
+void Who(APIRequest* request, APIResponse* response) {
+  Json::Value data(Json::objectValue);
+  data["user"] = request->GetLoginUserName();
+  data["uid"] = request->GetLoginUID();
+  data["admin"] = request->IsAdmin();
+  data["authorized"] = request->IsAuthorized();
+  data["timeout"] = request->GetTimeoutDuration();
+  data["timed_out"] = request->IsTimeout();
+  data["any_address"] = request->IsSkipCheckIP();
+  data["language"] = request->GetUILanguage();
+  data["application"] = request->GetApplication();
+  data["file"] = request->GetSessionFilePath();
+  data["classes"] = request->GetAllowUser();
+  data["privileged"] = request->HasAppPriv("ORBO.Test");
+  data["variable"] = Variable("ORBO_WEBAPI_USERNAME");
+  response->SetSuccess(data);
+}
 
-ORBO::_tag_API_TABLE methods[] = {
-    {kProbe, 1, "echo", Echo},           {kProbe, 1, "facts", Facts},
-    {kProbe, 1, "trusted", Trusted},     {kProbe, 1, "throws", Throws},
-    {kProbe, 1, "noise", Noise},         {kProbe, 1, "redirect", Redirect},
-    {kProbe, 1, "header", Header},       {kProbe, 1, "cookies", Cookies},
-    {kProbe, 1, "later", Later},         {kProbe, 1, "upload", Echo},
-    {"ORBO.Test.Open", 1, "echo", Echo}, {nullptr, 0, nullptr, nullptr},
-};
+// A check of the session that "other" names, by the handler itself.
+void Own(APIRequest* request, APIResponse* response) {
+  const std::string other = TextParam(request, "other");
+  response->SetSuccess();
+  ORBO::APIAuth::CheckPermission(request, response,
+                                 request->HasParam("other") ? other.c_str() : nullptr, false);
+}
+
+void Touch(APIRequest* request, APIResponse* response) {
+  response->SetSuccess(ORBO::APIAuth::UpdateTimeout(request));
+}
+
+constexpr char kProbe[] = "ORBO.Test.Probe";
+constexpr char kPermission[] = "ORBO.Test.Permission";
+constexpr char kFree[] = "ORBO.Test.Permission.Free";
+constexpr char kPrivileged[] = "ORBO.Test.Permission.Privileged";
+
+std::vector<ORBO::_tag_API_TABLE> Methods() {
+  std::vector<ORBO::_tag_API_TABLE> rows = {
+      {kProbe, 1, "echo", Echo},           {kProbe, 1, "facts", Facts},
+      {kProbe, 1, "trusted", Trusted},     {kProbe, 1, "throws", Throws},
+      {kProbe, 1, "noise", Noise},         {kProbe, 1, "redirect", Redirect},
+      {kProbe, 1, "header", Header},       {kProbe, 1, "cookies", Cookies},
+      {kProbe, 1, "later", Later},         {kProbe, 1, "upload", Echo},
+      {"ORBO.Test.Open", 1, "echo", Echo}, {kFree, 1, "touch", Touch},
+  };
+  for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
+                             "normal.local", "normal.domain", "normal.ldap"}) {
+    rows.push_back({kPermission, 1, method, Who});
+  }
+  for (const char* api :
+       {kFree, kPrivileged, "ORBO.Test.Permission.Open", "ORBO.Test.Permission.admin.local",
+        "ORBO.Test.Permission.admin.domain", "ORBO.Test.Permission.admin.ldap",
+        "ORBO.Test.Permission.normal.local", "ORBO.Test.Permission.normal.domain",
+        "ORBO.Test.Permission.normal.ldap"}) {
+    rows.push_back({api, 1, "who", Who});
+  }
+  for (const char* api : {kPermission, kPrivileged, "ORBO.Test.Permission.Admins"}) {
+    rows.push_back({api, 1, "own", Own});
+  }
+  rows.push_back({nullptr, 0, nullptr, nullptr});
+  return rows;
+}
 
 }  // namespace
 
-ORBO::_tag_API_TABLE* GetAPITable() { return methods; }
+ORBO::_tag_API_TABLE* GetAPITable() {
+  static std::vector<ORBO::_tag_API_TABLE> methods = Methods();
+  return methods.data();
+}
 // No checks, in the other way to say so than to leave the function out.
 ORBO::_tag_API_CHECK_TABLE* GetAPICheckTable() { return nullptr; }

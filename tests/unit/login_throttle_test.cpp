@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
@@ -62,10 +61,7 @@ void Succeed(const std::string& user) {
 
 class LoginThrottle : public ::testing::Test {
  protected:
-  void Configure(const std::string& lines) const {
-    std::filesystem::create_directories(RootedPath("/etc/orbo"));
-    std::ofstream(RootedPath("/etc/orbo/platform.conf")) << lines;
-  }
+  void Configure(const std::string& lines) const { root_.Configure(lines); }
 
  private:
   WebAPIDirectory root_;
@@ -135,22 +131,17 @@ TEST_F(LoginThrottle, ProcessesThatAskAtOnceShareTheAttempts) {
   constexpr int kChildren = 8;
   constexpr int kAsked = 100;  // by each
   Configure("login_attempts = 1000\nlogin_address_attempts = 100000\n");
-  std::vector<pid_t> children;
   for (int i = 0; i < kChildren; ++i) {
-    const pid_t child = fork();
-    if (child == 0) {
+    if (fork() == 0) {
       int admitted = 0;
       for (int asked = 0; asked < kAsked; ++asked) {
         admitted += Wait("ann") == 0 ? 1 : 0;
       }
       _exit(admitted);
     }
-    children.push_back(child);
   }
   int admitted = 0;
-  for (const pid_t child : children) {
-    int status = 0;
-    waitpid(child, &status, 0);
+  for (int status = 0; wait(&status) > 0;) {
     admitted += WIFEXITED(status) ? WEXITSTATUS(status) : 1000;
   }
   EXPECT_EQ(501, admitted) << "the free half and the one that is followed by a wait";

@@ -41,3 +41,10 @@ if(EXISTS "${PROJECT_SOURCE_DIR}/data")
     PATTERN "lib.def" EXCLUDE
     PATTERN "CMakeLists.txt" EXCLUDE)
 endif()
+
+# The directories that a process without privileges cannot make after a start of the
+# system.  The user's group has the user's name.
+set(WEBAPI_SERVICE_USER "www-data" CACHE STRING "The user whom the CGI programs run as")
+configure_file("${PROJECT_SOURCE_DIR}/packaging/tmpfiles.d/webapi.conf.in"
+  "${PROJECT_BINARY_DIR}/tmpfiles.d/webapi.conf" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/tmpfiles.d/webapi.conf" DESTINATION lib/tmpfiles.d)

@@ -47,5 +47,7 @@ extern const Command kTokenCreate;
 extern const Command kTokenList;
 extern const Command kTokenRevoke;
 extern const Command kPasswd;
+extern const Command kCall;
+extern const Command kList;
 
 }  // namespace ORBO::tool

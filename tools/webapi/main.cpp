@@ -1,4 +1,4 @@
-// webapi: what an administrator does to the state of the system.
+// webapi: what an administrator does with the system and to its state.
 
 #include <exception>
 
@@ -10,8 +10,9 @@ namespace {
 
 using ORBO::tool::Command;
 
-constexpr const Command* kCommands[] = {&ORBO::tool::kSession, &ORBO::tool::kToken,
-                                        &ORBO::tool::kPasswd, nullptr};
+constexpr const Command* kCommands[] = {&ORBO::tool::kCall,    &ORBO::tool::kList,
+                                        &ORBO::tool::kSession, &ORBO::tool::kToken,
+                                        &ORBO::tool::kPasswd,  nullptr};
 
 constexpr ORBO::tool::Option kOptions[] = {
     {"version", nullptr, "print the version"},
@@ -32,7 +33,7 @@ constexpr char kDetails[] =
 
 constexpr Command kRoot = {
     "webapi",
-    "Manages login sessions, access tokens and passwords of the web API",
+    "Calls web APIs, and manages their sessions, tokens and passwords",
     "COMMAND",
     1,
     ORBO::tool::kAnyNumber,

@@ -1,0 +1,58 @@
+#include "json_view.h"
+
+#include "printable.h"
+#include "util/json_text.h"
+
+namespace ORBO::tool {
+namespace {
+
+constexpr char kNameColour[] = "\x1b[34m";
+constexpr char kTextColour[] = "\x1b[32m";
+constexpr char kNumberColour[] = "\x1b[36m";
+constexpr char kWordColour[] = "\x1b[35m";
+constexpr char kPlain[] = "\x1b[0m";
+
+const char* ColourOf(const Json::Value& value) {
+  switch (value.type()) {
+    case Json::stringValue:
+      return kTextColour;
+    case Json::nullValue:
+    case Json::booleanValue:
+      return kWordColour;
+    default:
+      return kNumberColour;
+  }
+}
+
+std::string Coloured(const char* colour, const Json::Value& value) {
+  return colour + Printable(JSON::ToText(value)) + kPlain;
+}
+
+void Append(const Json::Value& value, const std::string& indent, std::string& out) {
+  const bool is_object = value.type() == Json::objectValue;
+  if ((!is_object && value.type() != Json::arrayValue) || value.empty()) {
+    out += Coloured(ColourOf(value), value);
+    return;
+  }
+  const std::string deeper = indent + "  ";
+  const char* separator = is_object ? "{\n" : "[\n";
+  for (auto member = value.begin(); member != value.end(); ++member) {
+    out += separator + deeper;
+    if (is_object) {
+      out += Coloured(kNameColour, member.name()) + ": ";
+    }
+    Append(*member, deeper, out);
+    separator = ",\n";
+  }
+  out += "\n" + indent + (is_object ? "}" : "]");
+}
+
+}  // namespace
+
+std::string ColouredJson(const Json::Value& value) {
+  std::string text;
+  Append(value, "", text);
+  return text;
+}
+
+}  // namespace ORBO::tool

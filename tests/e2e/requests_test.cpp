@@ -41,8 +41,16 @@ TEST_P(Requests, GetTheDefinedAnswer) {
       {EchoOf("ORBO.Test.NoTable"), nullptr, Failure(111)},
       {Probe("echo", "relay_ds=1"), nullptr, Failure(109)},
       {compound, nullptr, Failure(110)},
-      {compound, R"(compound=[{"api":"ORBO.Test.Probe","version":1,"method":"echo"}])",
-       Failure(110)},
+      {compound,
+       R"(compound=[{"api":"ORBO.Test.Probe","version":1,"method":"echo","n":1},)"
+       R"({"api":"ORBO.Test.Closed","version":1,"method":"echo"}])",
+       Success(R"({"has_fail":true,"result":[{"api":"ORBO.Test.Probe","data":{"n":1},)"
+               R"("method":"echo","success":true,"version":1},{"api":"ORBO.Test.Closed",)"
+               R"("error":{"code":119},"method":"echo","success":false,"version":1}]})")},
+      {Probe("inside"), nullptr,
+       Success(R"({"get":{"data":{"author":"George Eliot","id":2,"title":"Middlemarch"},)"
+               R"("httpd_restart":false,"success":true},"none":{"error":{"code":103},)"
+               R"("httpd_restart":false,"success":false},"restored":[true,true]})")},
       {EchoOf("ORBO.Test.Closed"), nullptr, Failure(119)},
   };
   for (const auto& row : rows) {
@@ -89,8 +97,8 @@ TEST_P(Requests, AreCountedWhereTheOwnerSharesUsageData) {
     }
   }
   fs::remove(setting);
-  // With the lock and the time stamp, and nothing of the others.
-  EXPECT_EQ(std::distance(fs::directory_iterator(spool), {}), 3);
+  // With lock, draft and time stamp, and nothing of the others.
+  EXPECT_EQ(std::distance(fs::directory_iterator(spool), {}), 4);
   const std::string counters = ReadFile(spool + "/ORBO.Test.Probe.json");
   EXPECT_EQ(counters.substr(0, 39), R"({"ORBO.Test.Probe_1_echo":{"count":2,"c)");
   EXPECT_EQ(counters.find("header"), std::string::npos);

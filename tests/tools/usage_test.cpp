@@ -45,6 +45,12 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
                                 "token create a --api A --expires 99999999999999999999d",
                                 "token create a --api A --note 'a\x1b[2J'",
                                 "token revoke",
+                                "call ORBO.A",
+                                "call ORBO.A get value",
+                                "call ORBO.A get =value",
+                                "call ORBO.A get --version 0",
+                                "call ORBO.A get --user a/b",
+                                "list ORBO.A ORBO.B",
                                 "passwd",
                                 "passwd a:b --remove",
                                 "passwd a --stdin --remove"}) {
@@ -61,8 +67,8 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
 
 TEST_F(Usage, HelpIsThereForEveryCommand) {
   for (const char* command :
-       {"", " session", " session open", " session list", " session show", " session close",
-        " token", " token create", " token list", " token revoke", " passwd"}) {
+       {"", " call", " list", " session", " session open", " session list", " session show",
+        " session close", " token", " token create", " token list", " token revoke", " passwd"}) {
     SCOPED_TRACE(command);
     const std::string help = Output(command + std::string(" --help"));
     EXPECT_THAT(help, StartsWith(std::string("usage: webapi") + command));
@@ -80,11 +86,13 @@ TEST_F(Usage, OthersAreToldWhoMayRunIt) {
     GTEST_SKIP() << "needs root, to become somebody else";
   }
   Output("session open alice");
-  // The directory of the build may be closed to others.
+  // The directories of the build may be closed to others.
   std::filesystem::copy_file(TOOLS_COMMAND, root() + "/webapi");
+  std::filesystem::copy_file(TOOLS_LIBRARY, root() + "/libwebapi-KEP5.so");
   ASSERT_EQ(chmod(root().c_str(), 0755), 0);
-  const Result list =
-      Run("session list", "", "setpriv --reuid=nobody --regid=nogroup --clear-groups ./webapi");
+  const Result list = Run("session list", "",
+                          "setpriv --reuid=nobody --regid=nogroup --clear-groups "
+                          "env LD_LIBRARY_PATH=. ./webapi");
   EXPECT_EQ(list.exit_code, 1);
   EXPECT_EQ(list.output, "");
   EXPECT_THAT(list.errors, HasSubstr("run this command as root"));

@@ -1,14 +1,18 @@
 // Methods that show what reaches a handler, and handlers that misbehave.
 
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <webapi/APIAuth.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
+#include <webapi/APIRunner.h>
 #include <webapi/APITable.h>
 
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -69,6 +73,34 @@ void Throws(APIRequest*, APIResponse* response) {
 void Noise(APIRequest*, APIResponse* response) {
   std::cout << "NOISE\r\n\r\nNOISE" << std::flush;
   response->SetSuccess(std::cin.get());
+}
+
+// What belongs to the whole process and to no call alone.
+std::string ProcessState() {
+  char directory[4096] = {};
+  char task_name[17] = {};
+  prctl(PR_GET_NAME, task_name);
+  std::ostringstream state;
+  state << (getcwd(directory, sizeof directory) == nullptr ? "" : directory) << ' ' << task_name
+        << ' ' << getpriority(PRIO_PROCESS, 0) << ' ' << static_cast<void*>(std::cin.rdbuf()) << ' '
+        << static_cast<void*>(std::cout.rdbuf()) << ' ' << Variable("HTTP_COOKIE") << ' '
+        << Variable("APPARMOR_HAT_ARRAY");
+  return state.str();
+}
+
+// Calls a method of another library in this process, and one that there is not.
+void Inside(APIRequest*, APIResponse* response) {
+  const std::string before = ProcessState();
+  Json::Value data(Json::objectValue);
+  Json::Value params(Json::objectValue);
+  params["id"] = 2;
+  for (const char* method : {"get", "none"}) {
+    Json::Value body;
+    ORBO::APIRunner::Exec(body, "ORBO.Example.Library", 1, method, params, "ben");
+    data[method] = body;
+    data["restored"].append(before == ProcessState());
+  }
+  response->SetSuccess(data);
 }
 
 void Redirect(APIRequest* request, APIResponse* response) {
@@ -136,12 +168,13 @@ constexpr char kPrivileged[] = "ORBO.Test.Permission.Privileged";
 
 std::vector<ORBO::_tag_API_TABLE> Methods() {
   std::vector<ORBO::_tag_API_TABLE> rows = {
-      {kProbe, 1, "echo", Echo},           {kProbe, 1, "facts", Facts},
-      {kProbe, 1, "trusted", Trusted},     {kProbe, 1, "throws", Throws},
-      {kProbe, 1, "noise", Noise},         {kProbe, 1, "redirect", Redirect},
-      {kProbe, 1, "header", Header},       {kProbe, 1, "cookies", Cookies},
-      {kProbe, 1, "later", Later},         {kProbe, 1, "upload", Echo},
-      {"ORBO.Test.Open", 1, "echo", Echo}, {kFree, 1, "touch", Touch},
+      {kProbe, 1, "echo", Echo},       {kProbe, 1, "facts", Facts},
+      {kProbe, 1, "trusted", Trusted}, {kProbe, 1, "throws", Throws},
+      {kProbe, 1, "noise", Noise},     {kProbe, 1, "redirect", Redirect},
+      {kProbe, 1, "header", Header},   {kProbe, 1, "cookies", Cookies},
+      {kProbe, 1, "later", Later},     {kProbe, 1, "upload", Echo},
+      {kProbe, 1, "inside", Inside},   {"ORBO.Test.Open", 1, "echo", Echo},
+      {kFree, 1, "touch", Touch},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
                              "normal.local", "normal.domain", "normal.ldap"}) {

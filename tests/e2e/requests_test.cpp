@@ -48,7 +48,7 @@ TEST_P(Requests, GetTheDefinedAnswer) {
                R"("method":"echo","success":true,"version":1},{"api":"ORBO.Test.Closed",)"
                R"("error":{"code":119},"method":"echo","success":false,"version":1}]})")},
       {Probe("inside"), nullptr,
-       Success(R"({"get":{"data":{"author":"George Eliot","id":2,"title":"Middlemarch"},)"
+       Success(R"({"hello":{"data":{"text":"Hello, Ada!"},)"
                R"("httpd_restart":false,"success":true},"none":{"error":{"code":103},)"
                R"("httpd_restart":false,"success":false},"restored":[true,true]})")},
       {EchoOf("ORBO.Test.Closed"), nullptr, Failure(119)},

@@ -93,10 +93,10 @@ void Inside(APIRequest*, APIResponse* response) {
   const std::string before = ProcessState();
   Json::Value data(Json::objectValue);
   Json::Value params(Json::objectValue);
-  params["id"] = 2;
-  for (const char* method : {"get", "none"}) {
+  params["name"] = "Ada";
+  for (const char* method : {"hello", "none"}) {
     Json::Value body;
-    ORBO::APIRunner::Exec(body, "ORBO.Example.Library", 1, method, params, "ben");
+    ORBO::APIRunner::Exec(body, "ORBO.Example.Greeting", 1, method, params, "ben");
     data[method] = body;
     data["restored"].append(before == ProcessState());
   }

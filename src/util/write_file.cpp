@@ -1,6 +1,7 @@
 #include "util/write_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,30 +12,31 @@
 namespace ORBO {
 namespace {
 
-int OpenDraft(const std::string& draft) {
-  const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  const int file = open(draft.c_str(), flags, 0600);
-  if (file >= 0 || errno != EEXIST) {
-    return file;
-  }
-  unlink(draft.c_str());
-  return open(draft.c_str(), flags, 0600);
+// Whether `file` is the draft that an earlier writer left, and nobody else's file.
+bool IsDraft(int file, struct stat& status) {
+  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
 }
 
 bool WriteDraft(const std::string& draft, std::string_view text) {
-  const Descriptor file(OpenDraft(draft));
-  return file.IsOpen() && WriteAll(file.get(), text);
+  const int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  struct stat status {};
+  Descriptor file(open(draft.c_str(), flags, 0600));
+  if (!file.IsOpen() || !IsDraft(file.get(), status)) {
+    unlink(draft.c_str());
+    status.st_size = 0;
+    file.Reset(open(draft.c_str(), flags | O_EXCL, 0600));
+  }
+  const auto size = static_cast<off_t>(text.size());
+  return file.IsOpen() && WriteAll(file.get(), text) &&
+         (status.st_size <= size || ftruncate(file.get(), size) == 0);
 }
 
-// A file that is renamed over another one is forced to the disk by some file
-// systems, at a hundred times the cost of all the rest; not so one that changes
-// places with it.
+// The two change places, so that the old file is the next draft: to make a new file
+// and delete the old one each time would cost more than all the rest.  Besides, some
+// file systems force a file to the disk that is renamed over another one.
 bool Publish(const std::string& draft, const std::string& path) {
-  if (renameat2(AT_FDCWD, draft.c_str(), AT_FDCWD, path.c_str(), RENAME_EXCHANGE) != 0) {
-    return std::rename(draft.c_str(), path.c_str()) == 0;
-  }
-  unlink(draft.c_str());
-  return true;
+  return renameat2(AT_FDCWD, draft.c_str(), AT_FDCWD, path.c_str(), RENAME_EXCHANGE) == 0 ||
+         std::rename(draft.c_str(), path.c_str()) == 0;
 }
 
 }  // namespace

@@ -24,7 +24,8 @@ class WEBAPI_EXPORT APIAuth {
   static bool CheckPermission(APIRequest* request, APIResponse* response, const char* session_id,
                               bool allow_timeout);
 
-  // Marks the request's session as active now.  False if there is none.
+  // Marks the request's session as active now.  False if there is none, or one that
+  // would not admit the request: it has timed out, or is another address's.
   static bool UpdateTimeout(APIRequest* request);
 };
 

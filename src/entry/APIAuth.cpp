@@ -16,9 +16,6 @@
 namespace ORBO {
 namespace {
 
-constexpr std::size_t kUserNameSize = 493;
-constexpr int kAllChecks = 15;
-
 // A platform record for one check, released on every path.
 class CgiRecord {
  public:
@@ -72,7 +69,10 @@ bool APIAuth::UpdateTimeout(APIRequest* request) {
   const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
                                                              std::free);
   // No link and no ".." may lead to another file.
-  return resolved != nullptr && path == resolved.get() && QLIBCFileUTime(path.c_str(), 1, 0) == 0;
+  // A session whose time is over must not come to life again.
+  return resolved != nullptr && path == resolved.get() &&
+         IsValidSession(request->GetSessionID().c_str(), true) &&
+         QLIBCFileUTime(path.c_str(), 1, 0) == 0;
 }
 
 }  // namespace ORBO

@@ -13,9 +13,6 @@
 namespace ORBO {
 namespace {
 
-constexpr std::size_t kUserNameSize = 493;
-constexpr int kAllChecks = 15;
-
 constexpr int kNoCredentials = -5;
 constexpr int kUnknownSession = -2;
 constexpr int kTimedOut = -1;

@@ -174,14 +174,16 @@ TEST_P(Permission, OnlyActivityRenewsASession) {
     std::string query;
     std::string path;  // before the id
     bool renews;
+    const char* idle = "300";
   } rows[] = {{kWho, "", true},
               {Query("idle"), "", false},  // "allowTimeout"
               {Query("who", "Free"), "", false},
               {Query("touch", "Free"), "", true},
+              {Query("touch", "Free"), "", false, "86000"},  // timed out
               {Query("touch", "Free"), "./", false},
               {Query("touch", "Free"), "../sessions/", false}};
   for (const auto& row : rows) {
-    Age(SessionFile(sid), "300");
+    Age(SessionFile(sid), row.idle);
     const auto before = fs::last_write_time(SessionFile(sid));
     Check({{"", row.query, "id=" + row.path + sid, "", "0"}});
     EXPECT_EQ(row.renews, fs::last_write_time(SessionFile(sid)) > before) << row.query << row.path;

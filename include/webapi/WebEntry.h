@@ -83,6 +83,10 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
   int HandleCallback(APIResponse* response);
 
  private:
+  // Runs the call; what it throws ends as an error of the response.
+  void Serve();
+  // OutputHeader and OutputBody, whole or not at all.
+  void OutputAnswer();
   bool ProcessRelay(APIRequest* request, APIResponse* response);
   // Takes over a session id or an access token that came as a parameter.
   bool InitSessionVariables();

@@ -41,6 +41,23 @@ WebEntry::~WebEntry() {
 
 void WebEntry::Run(const Json::Value& /*options*/) {
   try {
+    Serve();
+    if (response_->IsEnableOutput()) {
+      OutputAnswer();
+    }
+    OrboCgiDiscardBody();
+    if (response_->GetHttpdRestart()) {
+      response_->SetCallbackFunc(RestartHttpd, nullptr);
+    }
+    HandleCallback(response_.get());
+  } catch (...) {
+    // There is no memory, not even for the text of the exception.
+    Log(LOG_ERR, "%s:%d request ended without memory for its answer", kSource, __LINE__);
+  }
+}
+
+void WebEntry::Serve() {
+  try {
     APIRequest* const request = request_.get();
     APIResponse* const response = response_.get();
     if (Initialize(Json::Value()) && SetProcessName(request, response)) {
@@ -55,15 +72,6 @@ void WebEntry::Run(const Json::Value& /*options*/) {
         CurrentExceptionText().c_str());
     response_->SetError(kErrorNoResult);
   }
-  if (response_->IsEnableOutput()) {
-    OutputHeader();
-    OutputBody();
-  }
-  OrboCgiDiscardBody();
-  if (response_->GetHttpdRestart()) {
-    response_->SetCallbackFunc(RestartHttpd, nullptr);
-  }
-  HandleCallback(response_.get());
 }
 
 bool WebEntry::Initialize(const Json::Value& /*options*/) {

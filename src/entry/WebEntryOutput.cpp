@@ -34,6 +34,13 @@ void Write(const std::string& text) {
   std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
+std::string BodyText(const Json::Value& body) {
+  std::string text;
+  JSON::Append(body, text);
+  text += '\n';
+  return text;
+}
+
 // Runs the callbacks; a callback that throws does not keep the others from
 // running.
 void RunCallbacks(const APIResponsePrivate::CallbackList& callbacks) {
@@ -70,9 +77,15 @@ void WebEntry::OutputHeader() {
 }
 
 void WebEntry::OutputBody() {
-  std::string body;
-  JSON::Append(response_->private_->Body(), body);
-  body += '\n';
+  Write(BodyText(response_->private_->Body()));
+  std::cout.flush();
+}
+
+void WebEntry::OutputAnswer() {
+  // Both texts before either is written: a header without its body is no answer.
+  const std::string header = FormatHeaderBlock(response_->GetHeaders(), response_->GetCookies());
+  const std::string body = BodyText(response_->private_->Body());
+  Write(header);
   Write(body);
   std::cout.flush();
 }

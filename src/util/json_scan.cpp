@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "util/hex_digit.h"
 #include "util/utf8.h"
 
 namespace ORBO::JSON {
@@ -45,14 +46,6 @@ constexpr char32_t kNoCodeUnit = 0x10000;
 
 bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
-
-int HexDigit(char c) {
-  if (Is(c, kDigit)) {
-    return c - '0';
-  }
-  const int lower = c | 0x20;
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
 
 // The code unit that four hexadecimal digits at the start of `text` spell, or
 // kNoCodeUnit.

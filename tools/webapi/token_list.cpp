@@ -1,5 +1,4 @@
 #include <ctime>
-#include <utility>
 #include <vector>
 
 #include "Arguments.h"
@@ -7,6 +6,7 @@
 #include "output.h"
 #include "platform/linux/token_key.h"
 #include "platform/linux/token_store.h"
+#include "platform/linux/token_text.h"
 #include "time_text.h"
 #include "token_scope.h"
 
@@ -41,22 +41,11 @@ std::string ScopesText(const AccessToken& token) {
 }
 
 Json::Value ToJson(const AccessToken& token, std::int64_t now) {
-  Json::Value scopes(Json::arrayValue);
-  for (const TokenScope& scope : token.scopes) {
-    Json::Value methods(Json::arrayValue);
-    for (const std::string& method : scope.methods) {
-      methods.append(method);
-    }
-    Json::Value entry(Json::objectValue);
-    entry["api"] = scope.api;
-    entry["methods"] = std::move(methods);
-    scopes.append(std::move(entry));
-  }
   Json::Value object(Json::objectValue);
   object["id"] = token.id;
   object["user"] = token.user;
   object["note"] = token.note;
-  object["scopes"] = std::move(scopes);
+  object["scopes"] = ScopesToJson(token.scopes);
   object["created"] = Json::Int64{token.created};
   object["expires"] = token.expires == 0 ? Json::Value() : Json::Value(Json::Int64{token.expires});
   object["expired"] = HasExpired(token, now);

@@ -7,11 +7,13 @@
 #include <cstdlib>
 #include <memory>
 
+#include "util/log.h"
 #include "util/paths.h"
 
 namespace ORBO {
 namespace {
 
+constexpr char kSource[] = "module_path.cpp";
 constexpr char kDirectory[] = "modules/";
 
 // The absolute path of an existing file without links in it, else "".
@@ -43,6 +45,20 @@ std::string ModulePath(const std::string& name) {
   }
   const std::string own = OwnFile();
   return own.empty() ? "" : Resolve(own.substr(0, own.rfind('/')) + "/../" + kDirectory + name);
+}
+
+void* ModuleSymbol(const std::string& name, const char* symbol) {
+  const std::string path = ModulePath(name);
+  if (path.empty()) {
+    Log(LOG_ERR, "%s:%d %s is not installed", kSource, __LINE__, name.c_str());
+    return nullptr;
+  }
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* const address = module != nullptr ? dlsym(module, symbol) : nullptr;
+  if (address == nullptr) {
+    Log(LOG_ERR, "%s:%d cannot use %s: %s", kSource, __LINE__, name.c_str(), dlerror());
+  }
+  return address;
 }
 
 }  // namespace ORBO

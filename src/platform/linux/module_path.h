@@ -14,4 +14,8 @@ namespace ORBO {
 // the root prefix.
 std::string ModulePath(const std::string& name);
 
+// The function `symbol` of the module `name`, which stays open.  Null, and logged, if
+// the module is not installed or cannot be used.
+void* ModuleSymbol(const std::string& name, const char* symbol);
+
 }  // namespace ORBO

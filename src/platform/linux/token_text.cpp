@@ -68,9 +68,9 @@ bool IsStorableToken(const AccessToken& token) {
          std::all_of(token.scopes.begin(), token.scopes.end(), IsStorableScope);
 }
 
-std::string ToTokenText(const StoredToken& stored) {
-  Json::Value scopes(Json::arrayValue);
-  for (const TokenScope& scope : stored.token.scopes) {
+Json::Value ScopesToJson(const std::vector<TokenScope>& scopes) {
+  Json::Value list(Json::arrayValue);
+  for (const TokenScope& scope : scopes) {
     Json::Value methods(Json::arrayValue);
     for (const std::string& method : scope.methods) {
       methods.append(method);
@@ -78,13 +78,17 @@ std::string ToTokenText(const StoredToken& stored) {
     Json::Value entry(Json::objectValue);
     entry["api"] = scope.api;
     entry["methods"] = std::move(methods);
-    scopes.append(std::move(entry));
+    list.append(std::move(entry));
   }
+  return list;
+}
+
+std::string ToTokenText(const StoredToken& stored) {
   Json::Value object(Json::objectValue);
   object["hash"] = stored.hash;
   object["user"] = stored.token.user;
   object["note"] = stored.token.note;
-  object["scopes"] = std::move(scopes);
+  object["scopes"] = ScopesToJson(stored.token.scopes);
   object["created"] = Json::Int64{stored.token.created};
   object["expires"] = Json::Int64{stored.token.expires};
   return JSON::ToText(object);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <string>
+#include <vector>
 
 #include "platform/linux/token_store.h"
 
@@ -15,6 +18,9 @@ struct StoredToken {
 
 // Whether the token names a user, and APIs and methods to call.
 bool IsStorableToken(const AccessToken& token);
+
+// The scopes as a list of objects with "api" and "methods".
+Json::Value ScopesToJson(const std::vector<TokenScope>& scopes);
 
 std::string ToTokenText(const StoredToken& stored);
 

@@ -1,19 +1,12 @@
 #include <string_view>
 
 #include "platform/webapi_util.h"
+#include "util/hex_digit.h"
 
 namespace ORBO::WebAPIUtil {
 namespace {
 
 constexpr char kHexDigits[] = "0123456789ABCDEF";
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') {
-    return c - '0';
-  }
-  const int lower = c | 0x20;
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
 
 // The byte that the escape at the start of `text` stands for; -1 if it is none.
 int EscapedByte(std::string_view text) {

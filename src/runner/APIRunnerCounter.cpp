@@ -14,9 +14,9 @@ constexpr char kDirectory[] = "/var/spool/webapi";
 
 // Whether the system's owner shares usage data.
 bool IsSharing() {
-  static const bool sharing =
+  static const bool kSharing =
       QLIBCFileCheckKeyValue(RootedPath(kSystemFile).c_str(), kSwitch, "yes", 0) == 1;
-  return sharing;
+  return kSharing;
 }
 
 }  // namespace

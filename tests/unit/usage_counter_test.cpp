@@ -114,8 +114,10 @@ TEST_F(UsageCounter, AKilledProcessLeavesAWholeFile) {
   ASSERT_TRUE(Count());
   for (int round = 0; round < 100; ++round) {
     const pid_t child = fork();
-    while (child == 0) {
-      Count();
+    if (child == 0) {
+      for (;;) {
+        Count();
+      }
     }
     usleep(static_cast<useconds_t>(round * 20));
     kill(child, SIGKILL);

@@ -24,6 +24,7 @@ constexpr std::size_t kIdentitySize = 1024;
 // The log keeps a pointer to its identity, so the text outlives every runner.
 char g_log_identity[kIdentitySize];
 char g_task_name[17];
+int g_identities = 0;  // runners that live, one within another's call
 
 void OpenLog() {
   closelog();
@@ -50,8 +51,12 @@ APIRunnerPrivate::APIRunnerPrivate(APIRunner* owner)
     : owner_(owner),
       proc_name_(ProgramName()),
       orig_proc_name_(proc_name_),
-      outer_identity_(g_log_identity),
-      outer_task_name_(g_task_name) {}
+      outer_identity_(g_identities > 0 ? g_log_identity : ""),
+      outer_task_name_(g_task_name) {
+  ++g_identities;
+}
+
+APIRunnerPrivate::~APIRunnerPrivate() { --g_identities; }
 
 void APIRunnerPrivate::SetArgs(int argc, char** argv) {
   if (argc <= 0 || argv == nullptr || argv[0] == nullptr) {

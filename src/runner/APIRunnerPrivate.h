@@ -13,6 +13,11 @@ class APIRunnerPrivate {
  public:
   // Reads the program's name from its command line.
   explicit APIRunnerPrivate(APIRunner* owner);
+  ~APIRunnerPrivate();
+
+  // Not copyable: each stands for one runner that lives.
+  APIRunnerPrivate(const APIRunnerPrivate&) = delete;
+  APIRunnerPrivate& operator=(const APIRunnerPrivate&) = delete;
 
   // The prefix of the log identity, and the program's own name.
   std::string& GetProcName() { return proc_name_; }

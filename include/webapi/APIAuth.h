@@ -20,7 +20,8 @@ class WEBAPI_EXPORT APIAuth {
 
   // Checks the session `session_id` and the rights of the request's user.  False
   // with error 105 on every refusal; false also when the response already
-  // carries an error.
+  // carries an error.  The response of a handler carries the one for "no result" until
+  // it sets a result: call this in a check function, or after SetSuccess().
   static bool CheckPermission(APIRequest* request, APIResponse* response, const char* session_id,
                               bool allow_timeout);
 

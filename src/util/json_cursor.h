@@ -51,6 +51,27 @@ class ContainerCursor {
   std::size_t value_ = 0;
 };
 
+// Calls `visit` with the name, quotes included, and the text of the value of each
+// member of the one object that `text` is.  False if it is none, or `visit` says so.
+template <typename Visit>
+bool ForEachMember(std::string_view text, Visit visit) {
+  constexpr Comments kComments = Comments::kRefused;
+  const std::size_t begin = SkipBlanks(text, 0, kComments);
+  if (begin >= text.size() || text[begin] != '{') {
+    return false;
+  }
+  ContainerCursor cursor(text, begin, kComments);
+  while (cursor.Next()) {
+    const std::size_t end = SkipValue(text, cursor.value(), kComments);
+    if (end == kMalformed ||
+        !visit(cursor.key(), text.substr(cursor.value(), end - cursor.value()))) {
+      return false;
+    }
+    cursor.Leave(end);
+  }
+  return cursor.end() != kMalformed && SkipBlanks(text, cursor.end(), kComments) == text.size();
+}
+
 // Whether the well-formed JSON string `quoted`, its quotes included, spells
 // `text`.
 bool QuotedEquals(std::string_view quoted, std::string_view text);

@@ -3,31 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdint>
-#include <ctime>
 
 #include "platform/files.h"
+#include "platform/linux/lock_retry.h"
 #include "util/Descriptor.h"
 
 namespace {
-
-constexpr std::int64_t kSecond = 1000000000;  // times are in nanoseconds
-constexpr std::int64_t kFirstPause = 100000;
-constexpr std::int64_t kLongestPause = 10000000;
-
-std::int64_t Now() {
-  timespec time{};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return std::int64_t{time.tv_sec} * kSecond + time.tv_nsec;
-}
-
-void Pause(std::int64_t length) {
-  const timespec time{static_cast<std::time_t>(length / kSecond),
-                      static_cast<long>(length % kSecond)};
-  nanosleep(&time, nullptr);
-}
 
 // Whether the open file is still the one of that name: its holder may have deleted
 // it between the opening and the locking, and others lock another file by then.
@@ -60,19 +42,7 @@ int QLIBCFileLockTimeByFile(const char* path, int exclusive, int seconds, int* l
     return -1;
   }
   const int operation = exclusive != 0 ? LOCK_EX : LOCK_SH;
-  const std::int64_t deadline = Now() + std::max(seconds, 0) * kSecond;
-  for (std::int64_t pause = kFirstPause;; pause = std::min(2 * pause, kLongestPause)) {
-    const int file = TryLock(path, operation);
-    if (file >= 0) {
-      *lock = file;
-      return 0;
-    }
-    const std::int64_t left = deadline - Now();
-    if (errno != EWOULDBLOCK || left <= 0) {
-      return -1;
-    }
-    Pause(std::min(pause, left));
-  }
+  return ORBO::RetryLock(seconds, [=] { return (*lock = TryLock(path, operation)) >= 0; }) ? 0 : -1;
 }
 
 int QLIBCFileUnlockByFile(int lock) { return close(lock); }

@@ -16,7 +16,6 @@
 #include "platform/linux/private_directory.h"
 #include "util/Descriptor.h"
 #include "util/log.h"
-#include "util/number_text.h"
 #include "util/paths.h"
 
 namespace ORBO {
@@ -51,21 +50,12 @@ struct Limits {
   std::int64_t lock;
 };
 
-// The number under `key`, or `fallback` if it is none from 1 to `largest`.
-std::int64_t NumberSetting(std::string_view key, std::int64_t fallback, std::int64_t largest) {
-  JSON::Integer integer;
-  std::int64_t value = 0;
-  const bool usable = JSON::ReadInteger(PlatformSetting(key), integer) &&
-                      JSON::ToSigned(integer, value) && value >= 1 && value <= largest;
-  return usable ? value : fallback;
-}
-
 Limits ReadLimits() {
   Limits limits;
-  limits.user_attempts = static_cast<std::uint32_t>(NumberSetting("login_attempts", 5, 1000));
+  limits.user_attempts = static_cast<std::uint32_t>(NumberSetting("login_attempts", 5, 1, 1000));
   limits.address_attempts =
-      static_cast<std::uint32_t>(NumberSetting("login_address_attempts", 20, 100000));
-  limits.lock = NumberSetting("login_lock_minutes", 5, 1440) * kMinute;
+      static_cast<std::uint32_t>(NumberSetting("login_address_attempts", 20, 1, 100000));
+  limits.lock = NumberSetting("login_lock_minutes", 5, 1, 1440) * kMinute;
   return limits;
 }
 

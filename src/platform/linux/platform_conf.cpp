@@ -10,6 +10,7 @@
 #include "platform/linux/key_value_text.h"
 #include "util/Descriptor.h"
 #include "util/log.h"
+#include "util/number_text.h"
 #include "util/paths.h"
 #include "util/read_file.h"
 
@@ -114,6 +115,15 @@ bool PlatformSwitch(std::string_view key, bool fallback) {
     Log(LOG_ERR, "%s:%d %s is neither yes nor no", kSource, __LINE__, std::string(key).c_str());
   }
   return fallback;
+}
+
+std::int64_t NumberSetting(std::string_view key, std::int64_t fallback, std::int64_t smallest,
+                           std::int64_t largest) {
+  JSON::Integer integer;
+  std::int64_t value = 0;
+  const bool usable = JSON::ReadInteger(PlatformSetting(key), integer) &&
+                      JSON::ToSigned(integer, value) && value >= smallest && value <= largest;
+  return usable ? value : fallback;
 }
 
 std::vector<std::string> SplitSetting(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -22,6 +23,10 @@ std::vector<std::string> PlatformSettings(std::initializer_list<std::string_view
 // The setting as "yes" or "no"; `fallback` where it is neither, logged if it is
 // not empty.
 bool PlatformSwitch(std::string_view key, bool fallback);
+
+// The setting as a number; `fallback` if it is none from `smallest` to `largest`.
+std::int64_t NumberSetting(std::string_view key, std::int64_t fallback, std::int64_t smallest,
+                           std::int64_t largest);
 
 // The words of `text` between blanks and commas.
 std::vector<std::string> SplitSetting(std::string_view text);

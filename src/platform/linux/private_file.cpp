@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <ctime>
 #include <memory>
 #include <string_view>
@@ -24,8 +25,8 @@ constexpr mode_t kFileMode = 0600;
 constexpr char kTemporaryPrefix[] = ".new-";
 constexpr std::int64_t kLeftoverAge = 3600;
 
-// A new file of `directory` that is gone with this object; what is linked to it
-// stays.
+// A new file of `directory`.  Its name is gone with this object, whatever has it then;
+// a lasting name stays.
 class TemporaryFile {
  public:
   explicit TemporaryFile(const PrivateDirectory& directory)
@@ -54,6 +55,14 @@ class TemporaryFile {
   bool Publish(const std::string& name, Durability durability) const {
     return linkat(directory_.get(), name_.c_str(), directory_.get(), name.c_str(), 0) == 0 &&
            (durability == Durability::kProcess || fsync(directory_.get()) == 0);
+  }
+
+  // Gives the file the name of another one.  The two change places, since some file
+  // systems force a file to the disk that is renamed over another one.
+  bool Replace(const std::string& name) const {
+    const int directory = directory_.get();
+    return renameat2(directory, name_.c_str(), directory, name.c_str(), RENAME_EXCHANGE) == 0 ||
+           renameat(directory, name_.c_str(), directory, name.c_str()) == 0;
   }
 
  private:
@@ -99,11 +108,19 @@ bool IsIdle(int directory, const char* name, std::int64_t idle) {
 bool CreatePrivateFile(const std::string& directory, const std::string& name,
                        const std::string& text, Durability durability) {
   const PrivateDirectory parent(directory);
-  if (!parent.IsOpen()) {
-    return false;
-  }
-  const TemporaryFile file(parent);
+  return parent.IsOpen() && CreatePrivateFile(parent, name, text, durability);
+}
+
+bool CreatePrivateFile(const PrivateDirectory& directory, const std::string& name,
+                       const std::string& text, Durability durability) {
+  const TemporaryFile file(directory);
   return file.Fill(text, durability) && file.Publish(name, durability);
+}
+
+bool ReplacePrivateFile(const PrivateDirectory& directory, const std::string& name,
+                        const std::string& text) {
+  const TemporaryFile file(directory);
+  return file.Fill(text, Durability::kProcess) && file.Replace(name);
 }
 
 FileState ReadPrivateFile(const std::string& path, std::size_t limit, std::string& text,

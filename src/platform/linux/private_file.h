@@ -7,6 +7,8 @@
 
 namespace ORBO {
 
+class PrivateDirectory;
+
 // Files that are nobody's business but the platform's, mode 0600, in directories
 // with mode 0700.  The user who owns the directory, that is the one whom the CGI
 // programs run as, owns the files too; what root makes is given to that user.
@@ -29,6 +31,16 @@ enum class Durability {
 bool CreatePrivateFile(const std::string& directory, const std::string& name,
                        const std::string& text, Durability durability);
 
+// The same in a directory that is open already.
+bool CreatePrivateFile(const PrivateDirectory& directory, const std::string& name,
+                       const std::string& text, Durability durability);
+
+// Makes `text` the content of the file `name` of `directory`, which others see as it
+// was or as it is then, also when this process is killed meanwhile.  False with
+// `errno` set, and the file is as it was.
+bool ReplacePrivateFile(const PrivateDirectory& directory, const std::string& name,
+                        const std::string& text);
+
 // Reads a file of at most `limit` bytes into `text`, and the time of its last
 // modification, in seconds since the epoch, into `modified`.  Both are unchanged
 // unless the state is kRead.  Never waits, whatever lies there.
@@ -44,7 +56,7 @@ bool TouchPrivateFile(const std::string& path);
 // None if the directory cannot be read.
 std::vector<std::string> PrivateFileNames(const std::string& path, std::int64_t idle = -1);
 
-// Deletes what interrupted calls of CreatePrivateFile left in the directory more
+// Deletes what interrupted calls of the first three left in the directory more
 // than an hour ago.
 void SweepPrivateDirectory(const std::string& path);
 

@@ -73,27 +73,6 @@ bool ReadMember(std::string_view key, std::string_view value, Session& session) 
   return !JSON::QuotedEquals(key, "created") || Read(value, session.created);
 }
 
-// Reads the members of the one object that `text` is.  To build values of them would
-// cost as much as all the rest of a session's check.
-bool ReadMembers(std::string_view text, Session& session) {
-  constexpr JSON::Comments kComments = JSON::Comments::kRefused;
-  const std::size_t begin = JSON::SkipBlanks(text, 0, kComments);
-  if (begin >= text.size() || text[begin] != '{') {
-    return false;
-  }
-  JSON::ContainerCursor cursor(text, begin, kComments);
-  while (cursor.Next()) {
-    const std::size_t end = JSON::SkipValue(text, cursor.value(), kComments);
-    if (end == JSON::kMalformed ||
-        !ReadMember(cursor.key(), text.substr(cursor.value(), end - cursor.value()), session)) {
-      return false;
-    }
-    cursor.Leave(end);
-  }
-  return cursor.end() != JSON::kMalformed &&
-         JSON::SkipBlanks(text, cursor.end(), kComments) == text.size();
-}
-
 }  // namespace
 
 bool IsStorableUser(const std::string& name) {
@@ -117,7 +96,13 @@ std::string ToSessionText(const Session& session) {
 
 bool FromSessionText(const std::string& text, Session& out) {
   Session session;
-  if (!ReadMembers(text, session) || !IsStorableUser(session.user)) {
+  // To build values of the members would cost as much as all the rest of a session's
+  // check.
+  const bool is_read =
+      JSON::ForEachMember(text, [&session](std::string_view key, std::string_view value) {
+        return ReadMember(key, value, session);
+      });
+  if (!is_read || !IsStorableUser(session.user)) {
     return false;
   }
   out = std::move(session);

@@ -16,6 +16,7 @@ void Echo(ORBO::APIRequest* request, ORBO::APIResponse* response) {
 ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Small.Last", 1, "echo", Echo},
     {"ORBO.Large.Last", 1, "echo", Echo},
+    {"ORBO.Login.Last", 1, "echo", Echo},
     {nullptr, 0, nullptr, nullptr},
 };
 

@@ -7,6 +7,7 @@
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 
+#include "platform/task.h"
 #include "response/set_cookie.h"
 #include "util/json_types.h"
 #include "util/log.h"
@@ -34,7 +35,28 @@ APIResponsePrivate::APIResponsePrivate(APIRequest* request, APIResponse* owner)
   root_["option"] = Json::Value(Json::objectValue);
 }
 
+APIResponsePrivate::~APIResponsePrivate() = default;
+
+void APIResponsePrivate::BindTask() {
+  if (task_ != nullptr || request_ == nullptr || !request_->IsPollingTask()) {
+    return;
+  }
+  const std::string user = JSON::AsString(request_->GetEnv("task_user", Json::Value()));
+  const std::string id = JSON::AsString(request_->GetEnv("task_id", Json::Value()));
+  task_ = std::make_unique<KEP::Task>(user.c_str(), id.c_str());
+}
+
+void APIResponsePrivate::WriteToTask() {
+  if (task_ == nullptr || !task_->beginUpdate()) {
+    return;
+  }
+  task_->setProperty("body", Body());
+  task_->setProperty("task_run", true);
+  task_->endUpdate();
+}
+
 void APIResponsePrivate::SetError(int code, const Json::Value& errors) {
+  BindTask();
   Json::Value body(Json::objectValue);
   error_ = code;
   body["success"] = code == 0;
@@ -50,6 +72,7 @@ void APIResponsePrivate::SetError(int code, const Json::Value& errors) {
     }
   }
   root_["body"].swap(body);
+  WriteToTask();
 }
 
 const Json::Value& APIResponsePrivate::Body() {

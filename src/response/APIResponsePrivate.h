@@ -2,12 +2,17 @@
 
 #include <json/value.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <webapi/APIBase.h>
 #include <webapi/APICookie.h>
+
+namespace KEP {
+class Task;
+}
 
 namespace ORBO {
 
@@ -25,7 +30,9 @@ class APIResponsePrivate : public APIBase {
   using CallbackList = std::vector<Callback>;
 
   APIResponsePrivate(APIRequest* request, APIResponse* owner);
+  ~APIResponsePrivate() override;
 
+  // Of a background task's response every body goes into the task's record.
   void SetError(int code, const Json::Value& errors);
   int GetError() const { return error_; }
   // The body, or an empty object before any result; valid until the next
@@ -47,11 +54,15 @@ class APIResponsePrivate : public APIBase {
 
  private:
   bool AppendCookie(const APICookie& cookie);
+  // Opens the record of the task that the request runs as, if it does.
+  void BindTask();
+  void WriteToTask();
 
   APIRequest* request_;  // not owned; may be null
   APIResponse* owner_;   // not owned
   int error_ = 0;        // the last code given to SetError
   CallbackList callbacks_;
+  std::unique_ptr<KEP::Task> task_;  // null until the first result of a task
 };
 
 }  // namespace ORBO

@@ -9,6 +9,7 @@ namespace {
 
 constexpr char kHexDigits[] = "0123456789ABCDEF";
 constexpr std::string_view kEnding = ".json";
+constexpr std::string_view kLogEnding = ".log";  // no longer than the other
 
 bool StandsForItself(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
@@ -58,6 +59,8 @@ std::string TaskDirectory(const char* owner) {
 }
 
 std::string TaskFileName(const char* id) { return Encode(id, kEnding); }
+
+std::string TaskLogName(const char* id) { return Encode(id, kLogEnding); }
 
 std::string TaskIdOfFile(std::string_view name) {
   if (name.size() <= kEnding.size() || name.substr(name.size() - kEnding.size()) != kEnding) {

@@ -20,6 +20,9 @@ std::string TaskDirectory(const char* owner);
 // The name of the file of the task `id`, or "" likewise.
 std::string TaskFileName(const char* id);
 
+// The name of the log of the task `id`, beside the file; "" likewise.
+std::string TaskLogName(const char* id);
+
 // The id of the task whose file is `name`; "" if that is no task's file.
 std::string TaskIdOfFile(std::string_view name);
 

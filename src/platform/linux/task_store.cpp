@@ -59,6 +59,8 @@ bool TaskWriter::Replace(const std::string& file, const TaskRecord& record) cons
 }
 
 bool TaskWriter::Remove(const std::string& file) const {
+  // First, so that no log is left without the record by which it would be found.
+  unlinkat(directory_.get(), TaskLogName(TaskIdOfFile(file).c_str()).c_str(), 0);
   return unlinkat(directory_.get(), file.c_str(), 0) == 0;
 }
 

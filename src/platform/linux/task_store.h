@@ -17,9 +17,11 @@ class TaskWriter {
   TaskWriter(const std::string& directory, int seconds);
 
   bool IsReady() const { return is_ready_; }
+  const PrivateDirectory& directory() const { return directory_; }
 
   // Each is done as a whole or not at all, and readers never see it half done.  Create
-  // makes a record that is not there yet, Replace changes one that is.
+  // makes a record that is not there yet, Replace changes one that is, Remove also
+  // removes the task's log.
   bool Create(const std::string& file, const TaskRecord& record) const;
   bool Replace(const std::string& file, const TaskRecord& record) const;
   bool Remove(const std::string& file) const;

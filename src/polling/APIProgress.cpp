@@ -1,0 +1,79 @@
+#include <webapi/APIProgress.h>
+#include <webapi/APIResponse.h>
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
+#include "util/json_types.h"
+
+namespace ORBO {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kInterval = std::chrono::milliseconds(200);
+
+}  // namespace
+
+struct APIProgress::State {
+  APIResponse* response;  // not owned
+  std::uint64_t total;
+  std::int64_t started = std::time(nullptr);  // seconds since the epoch
+  Clock::time_point begin = Clock::now();
+  Clock::time_point written;
+  bool is_written = false;
+
+  Json::Value Facts(std::uint64_t done, const std::string& message) const;
+};
+
+Json::Value APIProgress::State::Facts(std::uint64_t done, const std::string& message) const {
+  Json::Value facts(Json::objectValue);
+  facts["done"] = static_cast<Json::UInt64>(done);
+  facts["started"] = static_cast<Json::Int64>(started);
+  if (!message.empty()) {
+    facts["message"] = message;
+  }
+  if (total == 0) {
+    return facts;
+  }
+  const double part = static_cast<double>(std::min(done, total)) / static_cast<double>(total);
+  facts["total"] = static_cast<Json::UInt64>(total);
+  facts["percent"] = 100 * part;
+  if (part > 0) {
+    const std::chrono::duration<double> elapsed = Clock::now() - begin;
+    facts["estimated_end"] =
+        static_cast<Json::Int64>(static_cast<double>(started) + elapsed.count() / part);
+  }
+  return facts;
+}
+
+APIProgress::APIProgress(APIResponse* response, std::uint64_t total)
+    : state_(std::make_unique<State>()) {
+  state_->response = response;
+  state_->total = total;
+}
+
+APIProgress::~APIProgress() = default;
+
+void APIProgress::SetTotal(std::uint64_t total) { state_->total = total; }
+
+void APIProgress::Update(std::uint64_t done, const std::string& message) {
+  const Clock::time_point now = Clock::now();
+  if (state_->is_written && now - state_->written < kInterval) {
+    return;
+  }
+  state_->is_written = true;
+  state_->written = now;
+  Json::Value data(Json::objectValue);
+  data["progress"] = state_->Facts(done, message);
+  state_->response->SetSuccess(data);
+}
+
+void APIProgress::Finish(const Json::Value& data) {
+  Json::Value result = JSON::IsObject(data) ? data : Json::Value(Json::objectValue);
+  JSON::Set(result, "progress", state_->Facts(state_->total, ""));
+  state_->response->SetSuccess(result);
+}
+
+}  // namespace ORBO

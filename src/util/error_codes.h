@@ -16,6 +16,7 @@ enum ErrorCode : int {
   kErrorLibrary = 111,        // handler library or its table not available
   kErrorSkipped = 112,        // compound call skipped after an error
   kErrorNotInCompound = 113,  // compound call to an upload or download method
+  kErrorTaskGroup = 114,      // a task cannot be shared with such a group
   kErrorUploadNotAllowed = 115,
   kErrorDemoMode = 116,
   kErrorNoResult = 117,     // the handler set no result

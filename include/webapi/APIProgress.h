@@ -15,7 +15,7 @@ class APIResponse;
 // How far a background task is, told in its results.  Clients find the member
 // "progress" in the data of the task's body:
 //
-//   "percent"  number from 0 to 100, absent where the amount of work is not known
+//   "percent"  number from 0 to 100, where the amount of work is known or all is done
 //   "done", "total"  units of work; "total" absent where it is not known
 //   "message"  what is being done, absent when ""
 //   "started"  seconds since the epoch

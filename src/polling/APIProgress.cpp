@@ -72,7 +72,9 @@ void APIProgress::Update(std::uint64_t done, const std::string& message) {
 
 void APIProgress::Finish(const Json::Value& data) {
   Json::Value result = JSON::IsObject(data) ? data : Json::Value(Json::objectValue);
-  JSON::Set(result, "progress", state_->Facts(state_->total, ""));
+  Json::Value facts = state_->Facts(state_->total, "");
+  facts["percent"] = 100;
+  JSON::Set(result, "progress", facts);
   state_->response->SetSuccess(result);
 }
 

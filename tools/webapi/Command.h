@@ -49,5 +49,10 @@ extern const Command kTokenRevoke;
 extern const Command kPasswd;
 extern const Command kCall;
 extern const Command kList;
+extern const Command kTask;
+extern const Command kTaskList;
+extern const Command kTaskStatus;
+extern const Command kTaskWatch;
+extern const Command kTaskStop;
 
 }  // namespace ORBO::tool

@@ -72,10 +72,6 @@ bool ReadParameters(const std::vector<std::string>& operands, Json::Value& param
   return true;
 }
 
-bool PrintBody(const Json::Value& body) {
-  return HasColours() ? Print(ColouredJson(body) + "\n") : PrintJson(body) == kDone;
-}
-
 ExitCode Run(const Arguments& arguments) {
   const std::string& api = arguments.operands()[0];
   const std::string& method = arguments.operands()[1];
@@ -102,7 +98,7 @@ ExitCode Run(const Arguments& arguments) {
   }
   Json::Value body;
   APIRunner::Exec(body, api.c_str(), version, method.c_str(), params, user.c_str());
-  return PrintBody(body) && JSON::AsBool(JSON::At(body, "success")) ? kDone : kFailed;
+  return PrintDocument(body) && JSON::AsBool(JSON::At(body, "success")) ? kDone : kFailed;
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include "json_view.h"
 
+#include <string>
+
+#include "output.h"
 #include "printable.h"
 #include "util/json_text.h"
 
@@ -49,10 +52,13 @@ void Append(const Json::Value& value, const std::string& indent, std::string& ou
 
 }  // namespace
 
-std::string ColouredJson(const Json::Value& value) {
+bool PrintDocument(const Json::Value& value) {
+  if (!HasColours()) {
+    return PrintJson(value) == kDone;
+  }
   std::string text;
   Append(value, "", text);
-  return text;
+  return Print(text + "\n");
 }
 
 }  // namespace ORBO::tool

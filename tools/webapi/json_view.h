@@ -2,11 +2,10 @@
 
 #include <json/value.h>
 
-#include <string>
-
 namespace ORBO::tool {
 
-// `value` as indented and coloured JSON for a terminal, without a final line end.
-std::string ColouredJson(const Json::Value& value);
+// Prints a document: indented and coloured on a terminal, on one line elsewhere.
+// False, after a complaint, if it did not get there.
+bool PrintDocument(const Json::Value& value);
 
 }  // namespace ORBO::tool

@@ -58,6 +58,11 @@ std::string TaskDirectory(const char* owner) {
   return name.empty() ? "" : TaskRootDirectory() + "/" + name;
 }
 
+std::string TaskOwnerOfDirectory(const std::string& name) {
+  std::string owner = Decode(name);
+  return Encode(owner.c_str(), "") == name ? owner : "";
+}
+
 std::string TaskFileName(const char* id) { return Encode(id, kEnding); }
 
 std::string TaskLogName(const char* id) { return Encode(id, kLogEnding); }

@@ -17,6 +17,9 @@ std::string TaskRootDirectory();
 // null, empty or too long.
 std::string TaskDirectory(const char* owner);
 
+// The owner whose directory is `name`; "" if that is nobody's.
+std::string TaskOwnerOfDirectory(const std::string& name);
+
 // The name of the file of the task `id`, or "" likewise.
 std::string TaskFileName(const char* id);
 

@@ -74,21 +74,23 @@ TaskWatch::Event TaskWatch::Wait(const ProcessIdentity& process, Clock::time_poi
   const milliseconds longest = !notices_.IsOpen()   ? kWithoutNotices
                                : !process_.IsOpen() ? kWithoutProcess
                                                     : kLongest;
+  // Signals must not put off the look at what the system does not tell.
+  const Clock::time_point end = std::min(deadline, Clock::now() + longest);
   for (;;) {
-    const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
+    const auto left = std::chrono::ceil<milliseconds>(end - Clock::now());
     if (left.count() <= 0) {
-      return Event::kTimeOver;
+      return end == deadline ? Event::kTimeOver : Event::kChange;
     }
     // Negative descriptors are passed over.
     pollfd files[] = {{notices_.get(), POLLIN, 0}, {process_.get(), POLLIN, 0}};
-    const int count = poll(files, 2, static_cast<int>(std::min(left, longest).count()));
+    const int count = poll(files, 2, static_cast<int>(left.count()));
     if (count < 0 && errno != EINTR) {
       return Event::kTimeOver;
     }
     if (count > 0 && files[1].revents != 0) {
       return Event::kEnd;
     }
-    if (count == 0 || (count > 0 && TakeNotices())) {
+    if (count > 0 && TakeNotices()) {
       return Event::kChange;
     }
   }

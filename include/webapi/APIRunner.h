@@ -158,7 +158,8 @@ class WEBAPI_EXPORT APIRunner {
   // caller of `request`, and answers with all their bodies; what fails or is
   // refused is told there.  With "stop_when_error" the calls after a failed one are
   // left out (112).  Calls with "allowUpload" or "allowDownload" are refused (113).
-  // False with error 110 if "compound" is no array.
+  // False with error 110 if "compound" is no array, or asks for more than what is left
+  // of 1000 calls in one request, those of lists within it included.
   bool HandleCompound(APIRequest* request, APIResponse* response);
 
   // --- Handler libraries ---
@@ -186,6 +187,7 @@ class WEBAPI_EXPORT APIRunner {
   std::unique_ptr<APIResponse> response_;      // its response
   std::map<std::string, void*> libs_;          // open handler libraries by path
   std::int32_t compound_depth_ = 0;            // compound requests being handled
+  std::int32_t calls_left_ = 1000;             // how many calls they may still make
   std::unique_ptr<APIRunnerPrivate> private_;  // the process's identity
 };
 

@@ -1,5 +1,7 @@
 #include "param/APIValidatorPrivate.h"
 
+#include <locale.h>
+
 #include "util/log.h"
 
 namespace ORBO {
@@ -7,6 +9,24 @@ namespace {
 
 constexpr char kSource[] = "APIValidator.cpp";
 constexpr int kInvalidPatternLine = 56;  // prescribed for this message
+
+// While it lives, the locale has nothing to say about which bytes are letters.
+class PlainLocaleGuard {
+ public:
+  PlainLocaleGuard() : plain_(newlocale(LC_ALL_MASK, "C", nullptr)), previous_(uselocale(plain_)) {}
+  ~PlainLocaleGuard() {
+    uselocale(previous_);
+    if (plain_ != nullptr) {
+      freelocale(plain_);
+    }
+  }
+  PlainLocaleGuard(const PlainLocaleGuard&) = delete;
+  PlainLocaleGuard& operator=(const PlainLocaleGuard&) = delete;
+
+ private:
+  locale_t plain_;
+  locale_t previous_;
+};
 
 }  // namespace
 
@@ -25,6 +45,7 @@ bool APIValidatorPrivate::GetRegex(const char* pattern, regex_t** out) {
     *out = known->second;
     return true;
   }
+  const PlainLocaleGuard plain;
   regex_t& regex = buffers_.emplace_front();
   if (regcomp(&regex, pattern, REG_EXTENDED | REG_NOSUB) != 0) {
     Log(LOG_ERR, "%s:%d Invalid pattern", kSource, kInvalidPatternLine);

@@ -134,8 +134,9 @@ bool APIRunner::SetProcessName(APIRequest* request, APIResponse* response) {
     return false;
   }
   if (!private_->ShowCall(call.api(), call.version(), call.method())) {
+    const int error = errno;
     response->SetError(kErrorProcessName);
-    Log(LOG_ERR, "%s:%d Set process name fail[%s]", kSource, __LINE__, std::strerror(errno));
+    Log(LOG_ERR, "%s:%d Set process name fail[%s]", kSource, __LINE__, std::strerror(error));
     return false;
   }
   return true;

@@ -29,12 +29,13 @@ Json::Value SubRequestOptions(APIRequest* request) {
 
 // Makes `call` the request of one element of the list, with nothing left of the
 // element before: neither its names, its parameters nor its session facts.
-void TakeElement(const Json::Value& element, APIRequestPrivate& outer, APIRequestPrivate& call) {
+void TakeElement(const Json::Value& element, APIRequestPrivate& caller, APIRequestPrivate& call) {
   Json::Value params(Json::objectValue);
   params["postParam"] = element;
   call.ClearAPIDesc();
   call.InitParam(std::move(params), true);
-  call.InitSession(outer.GetData("session", "", Json::Value()));
+  call.ClearData("attr", "");
+  call.InitSession(caller.GetData("session", "", Json::Value()));
 }
 
 // The body of `response`, with the names of its call where it has them.
@@ -67,10 +68,14 @@ bool APIRunner::ProcessEntry(APIRequest* request, APIResponse* response) {
 bool APIRunner::HandleCompound(APIRequest* request, APIResponse* response) {
   const bool stop_when_error = JSON::AsBool(request->GetParam("stop_when_error", false));
   const Json::Value& compound = request->GetParamRef("compound", Json::Value::nullSingleton());
-  if (!JSON::IsArray(compound)) {
+  const auto size = JSON::IsArray(compound) ? compound.size() : Json::ArrayIndex{0};
+  if (!JSON::IsArray(compound) || size > static_cast<Json::ArrayIndex>(calls_left_)) {
     response->SetError(kErrorCompound);
     return false;
   }
+  calls_left_ -= static_cast<std::int32_t>(size);
+  // A check on the way has told the outermost request alone who calls.
+  const APIRequest& caller = compound_depth_ > 1 ? *request_ : *request;
   const std::unique_ptr<APIRequest> sub_request(new (std::nothrow)
                                                     APIRequest(SubRequestOptions(request)));
   if (sub_request == nullptr) {
@@ -90,7 +95,7 @@ bool APIRunner::HandleCompound(APIRequest* request, APIResponse* response) {
   result = Json::Value(Json::arrayValue);
   bool has_fail = false;
   for (const Json::Value& element : compound) {
-    TakeElement(element, *request->private_, *sub_request->private_);
+    TakeElement(element, *caller.private_, *sub_request->private_);
     sub_response->private_->ClearResult();
     if (has_fail && stop_when_error) {
       sub_response->SetError(kErrorSkipped);
@@ -113,8 +118,11 @@ bool APIRunner::HandleCompound(APIRequest* request, APIResponse* response) {
 }
 
 bool APIRunner::ProcessElement(APIRequest* request, APIResponse* response) {
+  const APIRequestPrivate& call = *request->private_;
+  const Json::Value& attributes = GetMethod(call.api(), call.version(), call.method());
   // The one body and the one output belong to the whole request.
-  if (GetMethodAttr(request, "allowUpload") || GetMethodAttr(request, "allowDownload")) {
+  if (JSON::AsBool(JSON::At(attributes, "allowUpload")) ||
+      JSON::AsBool(JSON::At(attributes, "allowDownload"))) {
     response->SetError(kErrorNotInCompound);
     return false;
   }

@@ -64,15 +64,17 @@ bool DescriptionCache::Load(const std::string& api) {
   if (Has(api)) {
     return true;
   }
-  const std::string path = FindDescriptionFile(api);
-  if (path.empty()) {
+  if (unusable_.count(api) != 0) {
     return false;
   }
+  const std::string path = FindDescriptionFile(api);
   if (files_.count(path) != 0) {
     return true;
   }
-  const std::shared_ptr<const DescriptionFile> file = ReadDescriptionFile(path);
+  const std::shared_ptr<const DescriptionFile> file =
+      path.empty() ? nullptr : ReadDescriptionFile(path);
   if (file == nullptr) {
+    unusable_.insert(api);
     return false;
   }
   for (const DescriptionFile::Entry* entry : ValidEntries(*file)) {

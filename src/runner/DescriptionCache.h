@@ -4,6 +4,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,6 +58,7 @@ class DescriptionCache {
   const Json::Value& lib_def_;
   std::map<std::string, std::shared_ptr<const DescriptionFile>> files_;  // by path
   std::map<std::string, Description> apis_;
+  std::set<std::string> unusable_;  // APIs without a usable file; looked for and logged once
   std::map<const char*, Json::Value> attributes_;  // by the text that they came from
 };
 

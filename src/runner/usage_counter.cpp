@@ -22,7 +22,7 @@ namespace {
 constexpr int kDotsOfGroup = 4;
 constexpr int kLockSeconds = 2;
 constexpr unsigned long long kLargestFile = 1U << 20;
-constexpr std::uint64_t kLargestCount = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kLargestCount = std::numeric_limits<std::int64_t>::max();
 
 // The exclusive lock of a counter file while this object lives.
 class CounterLock {
@@ -101,7 +101,7 @@ void Increase(Json::Value& counters, const std::string& name) {
     JSON::Set(counters, name, std::move(first));
     return;
   }
-  const std::uint64_t previous = JSON::AsUInt64(JSON::At(*counter, "count"));
+  const std::int64_t previous = JSON::AsInt64(JSON::At(*counter, "count"));
   JSON::Set(*counter, "count", static_cast<Json::Int64>(std::min(previous, kLargestCount - 1) + 1));
 }
 

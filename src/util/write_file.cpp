@@ -12,9 +12,11 @@
 namespace ORBO {
 namespace {
 
-// Whether `file` is the draft that an earlier writer left, and nobody else's file.
+// Whether `file` is the draft that an earlier writer left, and as this one would make
+// it: a file that somebody opened to others would be that again at every second turn.
 bool IsDraft(int file, struct stat& status) {
-  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
+  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
+         status.st_uid == geteuid() && (status.st_mode & 07777U) == 0600U;
 }
 
 bool WriteDraft(const std::string& draft, std::string_view text) {

@@ -44,13 +44,23 @@ void CallOn(APIRequest* request, APIResponse* response) {
   response->SetSuccess(body);
 }
 
+void Fail(APIRequest*, APIResponse* response) { response->SetError(1001); }
+
+bool IsFresh(APIRequest*, APIResponse* response) { return response->GetError() == 0; }
+
 ORBO::_tag_API_TABLE methods[] = {
-    {"ORBO.Test.Caller", 1, "who", Who},
-    {"ORBO.Test.Caller", 1, "ask", Ask},
-    {"ORBO.Test.Caller", 1, "call", CallOn},
+    {"ORBO.Test.Caller", 1, "fail", Fail}, {"ORBO.Test.Caller", 1, "fresh", Who},
+    {"ORBO.Test.Open", 1, "who", Who},     {"ORBO.Test.Caller", 1, "who", Who},
+    {"ORBO.Test.Caller", 1, "ask", Ask},   {"ORBO.Test.Caller", 1, "call", CallOn},
     {nullptr, 0, nullptr, nullptr},
+};
+
+ORBO::_tag_API_CHECK_TABLE checks[] = {
+    {"ORBO.Test.Caller", 1, "fresh", IsFresh, nullptr, nullptr},
+    {nullptr, 0, nullptr, nullptr, nullptr, nullptr},
 };
 
 }  // namespace
 
+ORBO::_tag_API_CHECK_TABLE* GetAPICheckTable() { return checks; }
 ORBO::_tag_API_TABLE* GetAPITable() { return methods; }

@@ -23,7 +23,10 @@ namespace {
 
 constexpr char kEntry[] = R"({"api":"ORBO.Entry.Request","version":1,"method":"request"})";
 
-// Text of a call, with "api" and "version", without the closing brace.
+// A call of the built-in API's that it does not know.
+std::string Other() { return R"({"api":"ORBO.Entry.Request","version":1,"method":"other"})"; }
+
+// A call of the test module's, with the members `more`.
 std::string Call(const std::string& method, const std::string& more = "") {
   return R"({"api":"ORBO.Test.Caller","version":1,"method":")" + method + "\"" + more + "}";
 }
@@ -33,15 +36,17 @@ class Compound : public testing::Test {
   void SetUp() override {
     directory_.Write("lib.def", R"({"authLevel":1,"methods":{}})");
     directory_.Write("ORBO.Entry.lib", R"({"ORBO.Entry.Request":{"lib":"built-in","minVersion":1,
-        "maxVersion":1,"authLevel":0,"methods":{"1":["request"]}}})");
+        "maxVersion":1,"authLevel":0,"methods":{"1":["request","other"]}}})");
     Describe("0");
   }
 
   void Describe(const std::string& level) {
-    directory_.Write("ORBO.Test.lib", R"({"ORBO.Test.Caller":{"lib":")" + TestModule("caller") +
-                                          R"(","minVersion":1,"maxVersion":1,"authLevel":)" +
-                                          level + R"(,"allowUser":["normal.local","admin.local"],
-        "methods":{"1":["who","ask","call",{"admin":{"allowUser":["admin.local"]}},
+    const std::string lib = R"({"lib":")" + TestModule("caller") + R"(","minVersion":1,)";
+    directory_.Write("ORBO.Test.lib", R"({"ORBO.Test.Open":)" + lib + R"("maxVersion":1,
+        "authLevel":0,"methods":{"1":["who"]}},"ORBO.Test.Caller":)" +
+                                          lib + R"("maxVersion":1,"authLevel":)" + level +
+                                          R"(,"allowUser":["normal.local","admin.local"],
+        "methods":{"1":["who","ask","call","fail","fresh",{"admin":{"allowUser":["admin.local"]}},
         {"up":{"allowUpload":true}},{"down":{"allowDownload":true}}]}}})");
   }
 
@@ -98,6 +103,11 @@ TEST_F(Compound, EveryElementIsAnsweredInOrder) {
       {"not described", R"([{"api":"ORBO.Other","version":1,"method":"m"}])", "{}", "102 failed"},
       {"relay", "[" + Call("who", R"(,"relay_ds":1)") + "]", "{}", "109 failed"},
       {"method of no table", "[" + who + "," + Call("admin") + "]", "{}", "0 121 failed"},
+      {"a handler's own error", "[" + Call("fail") + "," + who + "]", R"({"stop_when_error":true})",
+       "1001 112 failed"},
+      {"a check that reads the error of a fresh response", "[" + who + "," + Call("fresh") + "]",
+       "{}", "0 0 fine"},
+      {"refused without an error", "[" + who + "," + Other() + "]", "{}", "0 117 failed"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -161,6 +171,22 @@ TEST_F(Compound, NestsToADepthOfEight) {
   }
 }
 
+TEST_F(Compound, HoldsAThousandCallsInAll) {
+  const auto list = [](int calls) {
+    std::string text = "[";
+    for (int call = 0; call < calls; ++call) {
+      text += call == 0 ? "5" : ",5";
+    }
+    return text + "]";
+  };
+  EXPECT_TRUE(Run(list(1000))["success"].asBool());
+  EXPECT_EQ(110, Run(list(1001))["error"]["code"].asInt());
+  std::string inner = kEntry;
+  inner.back() = ',';
+  inner += "\"compound\":" + list(600) + "}";
+  EXPECT_EQ("0 110 failed", Codes(Run("[" + inner + "," + inner + "]")));
+}
+
 TEST_F(Compound, TheEntryChecksEveryElementAsItsCaller) {
   Describe("1");
   directory_.Configure("administrators=boss\n");
@@ -179,6 +205,17 @@ TEST_F(Compound, TheEntryChecksEveryElementAsItsCaller) {
   for (const int element : {0, 2}) {
     EXPECT_EQ("member", body["data"]["result"][element]["data"]["user"].asString());
   }
+  // The facts of the one check reach what needs none, however deep it lies.
+  std::string nested = kEntry;
+  nested.back() = ',';
+  nested += "\"compound\":[" + Call("who") + "," +
+            R"({"api":"ORBO.Test.Open","version":1,"method":"who"})" + "]}";
+  const std::string deep = BodyOf(
+      RunEntry({{"QUERY_STRING", "api=ORBO.Entry.Request&version=1&method=request&_sid=" + id +
+                                     "&compound=[" + nested + "]"}}));
+  EXPECT_EQ("member",
+            FromText(deep)["data"]["result"][0]["data"]["result"][1]["data"]["user"].asString())
+      << deep;
   EXPECT_EQ("119 119 119 failed", Codes(run("")));
   EXPECT_EQ("119 119 119 failed", Codes(run("tid=t1.none.none&")));
   Describe("2");

@@ -47,7 +47,8 @@ TEST_F(UsageCounter, AddsToACounterAndReplacesWhatIsNone) {
   const std::tuple<std::string, Json::Int64, bool> rows[] = {
       {R"({"A.B.C_1_list":{"ctime":5,"count":41}})", 42, true},
       {R"({"A.B.C_1_list":{"ctime":5,"count":9223372036854775807}})", INT64_MAX, true},
-      {R"({"A.B.C_1_list":{"ctime":5,"count":18446744073709551615}})", INT64_MAX, true},
+      {R"({"A.B.C_1_list":{"ctime":5,"count":18446744073709551615}})", 1, true},
+      {R"({"A.B.C_1_list":{"ctime":5,"count":-7}})", -6, true},
       {R"({"A.B.C_1_list":{"ctime":5,"count":[-7]}})", 1, true},
       {R"({"A.B.C_1_list":7})", 1, false},
       {"{", 1, false},

@@ -1,5 +1,7 @@
 #include "json_view.h"
 
+#include <unistd.h>
+
 #include <string>
 
 #include "output.h"
@@ -27,14 +29,15 @@ const char* ColourOf(const Json::Value& value) {
   }
 }
 
-std::string Coloured(const char* colour, const Json::Value& value) {
-  return colour + Printable(JSON::ToText(value)) + kPlain;
+std::string Scalar(const Json::Value& value, const char* colour, bool colours) {
+  const std::string text = Printable(JSON::ToText(value));
+  return colours ? colour + text + kPlain : text;
 }
 
-void Append(const Json::Value& value, const std::string& indent, std::string& out) {
+void Append(const Json::Value& value, bool colours, const std::string& indent, std::string& out) {
   const bool is_object = value.type() == Json::objectValue;
   if ((!is_object && value.type() != Json::arrayValue) || value.empty()) {
-    out += Coloured(ColourOf(value), value);
+    out += Scalar(value, ColourOf(value), colours);
     return;
   }
   const std::string deeper = indent + "  ";
@@ -42,9 +45,9 @@ void Append(const Json::Value& value, const std::string& indent, std::string& ou
   for (auto member = value.begin(); member != value.end(); ++member) {
     out += separator + deeper;
     if (is_object) {
-      out += Coloured(kNameColour, member.name()) + ": ";
+      out += Scalar(member.name(), kNameColour, colours) + ": ";
     }
-    Append(*member, deeper, out);
+    Append(*member, colours, deeper, out);
     separator = ",\n";
   }
   out += "\n" + indent + (is_object ? "}" : "]");
@@ -53,11 +56,11 @@ void Append(const Json::Value& value, const std::string& indent, std::string& ou
 }  // namespace
 
 bool PrintDocument(const Json::Value& value) {
-  if (!HasColours()) {
+  if (isatty(STDOUT_FILENO) != 1) {
     return PrintJson(value) == kDone;
   }
   std::string text;
-  Append(value, "", text);
+  Append(value, HasColours(), "", text);
   return Print(text + "\n");
 }
 

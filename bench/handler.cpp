@@ -1,22 +1,65 @@
-// The handler of the measured calls: one parameter, one small answer.
+// The handlers of the measured calls: one parameter and one small answer, and tasks
+// that do next to nothing.
 
+#include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 #include <webapi/APITable.h>
 
+#include <chrono>
+
 namespace {
 
-void Echo(ORBO::APIRequest* request, ORBO::APIResponse* response) {
-  const auto text = request->GetAndCheckString("text", ORBO::APIRequest::PARAM_OPTIONAL);
+using ORBO::APIPolling;
+using ORBO::APIRequest;
+using ORBO::APIResponse;
+
+void Echo(APIRequest* request, APIResponse* response) {
+  const auto text = request->GetAndCheckString("text", APIRequest::PARAM_OPTIONAL);
   Json::Value data(Json::objectValue);
   data["text"] = text.Get();
   response->SetSuccess(data);
+}
+
+void Finish(APIRequest*, APIResponse* response, void*) { response->SetSuccess(); }
+
+void Start(APIRequest* request, APIResponse* response) {
+  APIPolling(request).Start(response, Finish, nullptr);
+}
+
+void Status(APIRequest* request, APIResponse* response) {
+  Json::Value status;
+  if (APIPolling(request).Status(request->GetParam("task_id", "").asString(), status)) {
+    response->SetSuccess(status);
+  }
+}
+
+// Updates the record many times, and tells how long one of them took.
+void Update(APIRequest*, APIResponse* response, void*) {
+  constexpr int kUpdates = 2000;
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point begin = Clock::now();
+  Json::Value data(Json::objectValue);
+  for (int update = 0; update < kUpdates; ++update) {
+    data["update"] = update;
+    response->SetSuccess(data);
+  }
+  const std::chrono::duration<double, std::micro> elapsed = Clock::now() - begin;
+  data["microseconds"] = elapsed.count() / kUpdates;
+  response->SetSuccess(data);
+}
+
+void StartUpdates(APIRequest* request, APIResponse* response) {
+  APIPolling(request).Start(response, Update, nullptr);
 }
 
 ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Small.Last", 1, "echo", Echo},
     {"ORBO.Large.Last", 1, "echo", Echo},
     {"ORBO.Login.Last", 1, "echo", Echo},
+    {"ORBO.Login.Last", 1, "method1", Start},
+    {"ORBO.Login.Last", 1, "method2", Status},
+    {"ORBO.Login.Last", 1, "method3", StartUpdates},
     {nullptr, 0, nullptr, nullptr},
 };
 

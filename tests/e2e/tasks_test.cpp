@@ -56,6 +56,11 @@ class Tasks : public ::testing::TestWithParam<ServerKind> {
     server_.root().HandOver();
   }
 
+  void TearDown() override {
+    Go();
+    EXPECT_TRUE(AllEnd());
+  }
+
   Json::Value Call(const std::string& user, const std::string& api, const std::string& method,
                    const std::string& id) const {
     std::string sid = ReadFile(path_ + "/" + user);
@@ -125,7 +130,7 @@ TEST_P(Tasks, LastLongerThanTheRequest) {
   EXPECT_TRUE(Ask("status", stopped)["finish"].asBool());
 
   Go();
-  EXPECT_TRUE(AllEnd());
+  ASSERT_TRUE(AllEnd());
   EXPECT_TRUE(Ask("status", id)["finish"].asBool());
   EXPECT_TRUE(Ask("status", id)["data"]["over"].asBool());
   EXPECT_FALSE(Ask("status", stopped)["data"].isMember("over"));
@@ -139,7 +144,7 @@ TEST_P(Tasks, LastLongerThanTheServer) {
   EXPECT_TRUE(WaitUntil([server] { return HasEnded(server); }, kLimit));
   EXPECT_TRUE(server_.RunsPrograms());
   Go();
-  EXPECT_TRUE(AllEnd());
+  ASSERT_TRUE(AllEnd());
   EXPECT_NE(std::string::npos, ReadFile(RecordOf(id)).find("\"over\":true"));
 }
 

@@ -29,7 +29,7 @@ using Work = void (*)(APIRequest*, APIResponse*, void*);
 
 Json::Value Request(const std::string& user, const std::string& is_admin) {
   return FromText(
-      R"({"getParam":{"api":"A.B","version":3,"method":"m","p":[1]},"session":{"username":")" +
+      R"({"getParam":{"api":"A.B","version":3,"method":"m","p":[1],"_sid":"s","tid":"t"},"session":{"username":")" +
       user + R"(","isAdmin":)" + is_admin + "}}");
 }
 

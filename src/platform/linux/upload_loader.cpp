@@ -45,13 +45,17 @@ QLIBSZHASH& TableOf(OrboCgi& cgi) {
   return *cgi.parameters;
 }
 
-// Tells of the file that comes next, if one does.
-void TellFile(UploadStream& body, OrboCgiUploadState& state, std::string& field_name,
-              std::string& file_name) {
+// Tells of the file that comes next, if one does.  The result is the body's from
+// there on: to look at the file may show that it is cut short.
+int TellFile(UploadStream& body, OrboCgiUploadState& state, unsigned char& loaded,
+             std::string& field_name, std::string& file_name) {
+  state.size = body.File() == nullptr ? 0 : body.MostContent();
   const ORBO::PartHeader* const file = body.File();
   field_name = file == nullptr ? "" : file->name;
   file_name = file == nullptr ? "" : *file->file_name;
-  state.size = file == nullptr ? 0 : body.MostContent();
+  const int result = body.Finish();
+  loaded = result == kUploadLoaded ? 1 : 0;
+  return result;
 }
 
 }  // namespace
@@ -77,10 +81,7 @@ int OrboCgiLoadUploadParams(OrboCgi* cgi, OrboCgiUploadProgress progress, OrboCg
   state->result = WithBody([&](UploadStream& body) {
     body.SetProgress(progress);
     body.ReadFields(TableOf(*cgi));
-    const int result = body.Finish();
-    TellFile(body, *state, *field_name, *file_name);
-    *loaded = result == kUploadLoaded ? 1 : 0;
-    return result;
+    return TellFile(body, *state, *loaded, *field_name, *file_name);
   });
   return state->result;
 }
@@ -97,13 +98,11 @@ int OrboCgiLoadUploadFileToDir(OrboCgi* cgi, const char* directory, OrboCgiUploa
     body.SetProgress(progress);
     body.StoreFile(directory, table, table, key);
     body.ReadFields(table);
-    const int result = body.Finish();
+    const int result = TellFile(body, *state, *loaded, *field_name, *file_name);
     if (result != kUploadLoaded && !key.empty()) {
       ORBO::StoredFiles::Remove(table.pairs[key]);
       table.pairs.erase(key);
     }
-    TellFile(body, *state, *field_name, *file_name);
-    *loaded = result == kUploadLoaded ? 1 : 0;
     return result;
   });
   return state->result;

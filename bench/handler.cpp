@@ -34,6 +34,35 @@ void Status(APIRequest* request, APIResponse* response) {
   }
 }
 
+Json::Int64 NowInMicroseconds() {
+  using std::chrono::duration_cast;
+  return duration_cast<std::chrono::microseconds>(
+             std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+void Stamp(APIRequest*, APIResponse* response, void*) {
+  Json::Value data(Json::objectValue);
+  data["at"] = NowInMicroseconds();
+  response->SetSuccess(data);
+}
+
+// How long after the task's first result its starter goes on.
+void StartStamped(APIRequest* request, APIResponse* response) {
+  APIPolling polling(request);
+  Json::Value status;
+  if (!polling.Start(response, Stamp, nullptr)) {
+    return;
+  }
+  const Json::Int64 now = NowInMicroseconds();
+  const std::string id = response->GetBody()["data"]["task_id"].asString();
+  if (polling.Status(id, status) && status["data"]["at"].isInt64()) {
+    Json::Value data(Json::objectValue);
+    data["microseconds"] = now - status["data"]["at"].asInt64();
+    response->SetSuccess(data);
+  }
+}
+
 // Updates the record many times, and tells how long one of them took.
 void Update(APIRequest*, APIResponse* response, void*) {
   constexpr int kUpdates = 2000;
@@ -60,6 +89,7 @@ ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Login.Last", 1, "method1", Start},
     {"ORBO.Login.Last", 1, "method2", Status},
     {"ORBO.Login.Last", 1, "method3", StartUpdates},
+    {"ORBO.Login.Last", 1, "method4", StartStamped},
     {nullptr, 0, nullptr, nullptr},
 };
 

@@ -28,8 +28,8 @@ std::string ResolveBelow(const std::string& top, const std::string& path) {
 std::vector<File> ListFiles(const std::string& directory) {
   std::vector<File> files;
   std::error_code error;
-  fs::recursive_directory_iterator entry(directory,
-                                         fs::directory_options::skip_permission_denied, error);
+  fs::recursive_directory_iterator entry(directory, fs::directory_options::skip_permission_denied,
+                                         error);
   for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
     std::error_code gone;
     if (entry->symlink_status(gone).type() == fs::file_type::regular) {

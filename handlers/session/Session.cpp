@@ -1,6 +1,7 @@
 // Login sessions: opening one by a password, looking at it, closing it, and for
 // administrators those of others.
 
+#include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 #include <webapi/APITable.h>
 
@@ -14,10 +15,16 @@ using ORBO::APIResponse;
 
 // The API asks for the permission check and goes on when it fails, so that who has no
 // session can open one.  Every other method ends here with the error of that check.
-bool HasPermission(APIRequest*, APIResponse* response) {
-  const int error = response->GetError();
-  return error != ORBO::kErrorNoPrivilege && error != ORBO::kErrorSessionTimeout &&
-         error != ORBO::kErrorNotAuthenticated;
+bool HasPermission(APIRequest* request, APIResponse* response) {
+  if (response->GetError() != 0) {
+    return false;
+  }
+  // Also where a site's description has switched the check off.
+  if (!request->IsAuthorized()) {
+    response->SetError(ORBO::kErrorNotAuthenticated);
+    return false;
+  }
+  return true;
 }
 
 constexpr char kAPI[] = "ORBO.Session";

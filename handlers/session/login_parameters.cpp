@@ -3,6 +3,7 @@
 #include <webapi/APIRequest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -56,8 +57,10 @@ bool ReadOptional(APIRequest* request, const char* name, bool (*validator)(const
 
 }  // namespace
 
-bool HasPasswordInURL(APIRequest* request) {
-  const std::string query = JSON::AsString(request->GetEnv("QUERY_STRING", Json::Value("")));
+bool HasPasswordInURL() {
+  // The process's own: a call of a compound request does not show the URL any more.
+  const char* const variable = std::getenv("QUERY_STRING");
+  const std::string query = variable == nullptr ? "" : variable;
   Json::Value pairs(Json::objectValue);
   // A list of calls in the URL would hold this call's password, too.
   return !WebAPIUtil::strPairToJsonObj(query, pairs, true, false) || JSON::Has(pairs, "password") ||

@@ -23,9 +23,9 @@ struct LoginParameters {
   std::string language = "enu";
 };
 
-// Whether the request's URL carries a password.  URLs end up in logs, histories and
-// referrers.
-bool HasPasswordInURL(APIRequest* request);
+// Whether the URL that this process serves carries a password.  URLs end up in logs,
+// histories and referrers.
+bool HasPasswordInURL();
 
 // Reads the parameters.  False, with the error set, if one is missing or has no
 // acceptable form.  The request's own copy of the password is overwritten.

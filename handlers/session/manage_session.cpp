@@ -21,8 +21,15 @@ constexpr char kSource[] = "Session.cpp";
 // The caller's own session.  A caller with an access token has none, whatever
 // cookie it sends along.
 bool FindOwnSession(APIRequest* request, Session& session) {
-  return ReadSession(request->GetSessionID(), session) == SessionState::kValid &&
+  return !request->GetSessionFilePath().empty() &&
+         ReadSession(request->GetSessionID(), session) == SessionState::kValid &&
          session.user == request->GetLoginUserName();
+}
+
+// Whether the client's own cookie shows the session `id`.  Another site can make a
+// browser close a session of that site's, and must not log the browser's user out.
+bool IsInCookie(APIRequest* request, const std::string& id) {
+  return !request->HasParam("_sid") || request->GetCookie("abandoned", "") == id;
 }
 
 // What everybody who may see a session sees of it.
@@ -56,12 +63,15 @@ void CloseSession(APIRequest* request, APIResponse* response) {
     response->SetError(kErrorNoSession);
     return;
   }
-  if (!Remove(request->GetSessionID(), response)) {
+  const std::string id = request->GetSessionID();
+  if (!Remove(id, response)) {
     return;
   }
   Log(LOG_AUTHPRIV | LOG_INFO, "%s:%d logout of %s from %s", kSource, __LINE__,
       LogText(session.user).c_str(), LogText(request->GetRemoteIP()).c_str());
-  DeleteSessionCookie(request, response);
+  if (IsInCookie(request, id)) {
+    DeleteSessionCookie(request, response);
+  }
   response->SetSuccess();
 }
 

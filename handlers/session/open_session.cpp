@@ -40,7 +40,7 @@ bool MayAsk(APIRequest* request, APIResponse* response) {
   if (!IsPost(request, response)) {
     return false;
   }
-  if (HasPasswordInURL(request)) {
+  if (HasPasswordInURL()) {
     response->SetError(kErrorPasswordInURL);
     return false;
   }
@@ -69,6 +69,12 @@ bool Authenticate(const LoginParameters& login, const std::string& address, APIR
         LogLogin(LOG_WARNING, login, address, "locked");
       }
       response->SetError(kErrorRefused);
+      return false;
+    case PasswordResult::kUndecided:
+      // Counted: it must not be the way to guess for ever.
+      NoteLoginFailure(login.user, address);
+      LogLogin(LOG_ERR, login, address, "the password could not be judged");
+      response->SetError(kErrorUnavailable);
       return false;
     default:
       NoteLoginAbandoned(login.user, address);

@@ -3,6 +3,8 @@
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace ORBO {
@@ -22,7 +24,10 @@ void RefuseFor(APIResponse* response, int seconds) {
 }
 
 bool IsPost(APIRequest* request, APIResponse* response) {
-  if (request->GetRequestMethod() == APIRequest::METHOD_POST) {
+  // The calls of a compound request look like POST requests, whatever carried them.
+  const char* const method = std::getenv("REQUEST_METHOD");
+  if (request->GetRequestMethod() == APIRequest::METHOD_POST &&
+      (method == nullptr || std::strcmp(method, "POST") == 0)) {
     return true;
   }
   response->SetStatus(HTTP_STATUS_METHOD_NOT_ALLOWED);

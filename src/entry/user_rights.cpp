@@ -16,7 +16,12 @@ bool IsUserAllowed(APIRequest* request, const char* user_name, const Json::Value
 }
 
 bool HasRequiredPrivilege(APIRequest* request, const char* user_name) {
-  const std::string privilege = JSON::AsString(request->GetAPIInfo("appPriv", Json::Value("")));
+  const Json::Value value = request->GetAPIInfo("appPriv", Json::Value(""));
+  const std::string privilege = JSON::AsString(value);
+  // A list or an object names no privilege that anybody could hold.
+  if (!JSON::IsEmpty(value) && privilege.empty() && !JSON::IsString(value)) {
+    return false;
+  }
   return privilege.empty() ||
          QLIBAppPrivUserHas(user_name, privilege.c_str(), request->GetRemoteIP().c_str()) != 0;
 }

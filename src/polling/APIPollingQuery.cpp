@@ -78,7 +78,8 @@ bool APIPollingPrivate::Status(const Json::Value& full_ids, Json::Value& out) {
   if (!JSON::IsArray(full_ids)) {
     return Fail(277, "bad parameters", APIPolling::ERROR_BAD_PARAMETER);
   }
-  out = Json::Value(Json::objectValue);
+  // Apart until the end: the caller may have given one object for both.
+  Json::Value by_id(Json::objectValue);
   for (const Json::Value& element : full_ids) {
     const std::string full_id = JSON::AsString(element);
     std::string owner;
@@ -87,7 +88,7 @@ bool APIPollingPrivate::Status(const Json::Value& full_ids, Json::Value& out) {
       LogId(292, "Invalid task id", full_id, "");
       continue;
     }
-    Json::Value& status = out[full_id];
+    Json::Value& status = by_id[full_id];
     status = Json::Value(Json::objectValue);
     if (!KEP::TaskUtil::checkTaskExists(owner.c_str(), id.c_str())) {
       continue;
@@ -99,6 +100,7 @@ bool APIPollingPrivate::Status(const Json::Value& full_ids, Json::Value& out) {
       Fail(300, "Cannot get task", 0);
     }
   }
+  out.swap(by_id);
   return true;
 }
 

@@ -46,8 +46,14 @@ Json::Value TaskEnvironment(const std::string& owner, const std::string& id) {
   _exit(0);
 }
 
-[[noreturn]] void RunTask(KEP::Task& task, APIRequest* request, APIResponse* response,
-                          APIPollingPrivate::Function function, void* argument) {
+// The child's whole life.  What cannot be caught ends the process, and with it the task:
+// the caller's code must not run in two processes.
+[[noreturn]] void RunTask(KEP::Task& task, const std::string& owner, APIRequest* request,
+                          APIResponse* response, APIPollingPrivate::Function function,
+                          void* argument) noexcept {
+  setsid();
+  request->InitEnv(TaskEnvironment(owner, task.getTaskId()));
+  task.setCreatePid(getpid());
   try {
     function(request, response, argument);
   } catch (...) {
@@ -138,10 +144,7 @@ bool APIPollingPrivate::Start(APIResponse* response, Function function, void* ar
     return false;
   }
   if (child == 0) {
-    setsid();
-    request_->InitEnv(TaskEnvironment(owner, task->getTaskId()));
-    task->setCreatePid(getpid());
-    RunTask(*task, request_, response, function, argument);
+    RunTask(*task, owner, request_, response, function, argument);
   }
   task->waitForDataReady("task_run", kLongestWait);
   Json::Value data(Json::objectValue);

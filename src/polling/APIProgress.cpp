@@ -13,21 +13,23 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto kInterval = std::chrono::milliseconds(200);
+constexpr double kLongestEstimate = 1e10;  // seconds
 
 }  // namespace
 
 struct APIProgress::State {
   APIResponse* response;  // not owned
   std::uint64_t total;
+  std::uint64_t done = 0;                     // at the last Update
   std::int64_t started = std::time(nullptr);  // seconds since the epoch
   Clock::time_point begin = Clock::now();
   Clock::time_point written;
   bool is_written = false;
 
-  Json::Value Facts(std::uint64_t done, const std::string& message) const;
+  Json::Value Facts(const std::string& message) const;
 };
 
-Json::Value APIProgress::State::Facts(std::uint64_t done, const std::string& message) const {
+Json::Value APIProgress::State::Facts(const std::string& message) const {
   Json::Value facts(Json::objectValue);
   facts["done"] = static_cast<Json::UInt64>(done);
   facts["started"] = static_cast<Json::Int64>(started);
@@ -42,8 +44,8 @@ Json::Value APIProgress::State::Facts(std::uint64_t done, const std::string& mes
   facts["percent"] = 100 * part;
   if (part > 0) {
     const std::chrono::duration<double> elapsed = Clock::now() - begin;
-    facts["estimated_end"] =
-        static_cast<Json::Int64>(static_cast<double>(started) + elapsed.count() / part);
+    const double needed = std::min(elapsed.count() / part, kLongestEstimate);
+    facts["estimated_end"] = started + static_cast<Json::Int64>(needed);
   }
   return facts;
 }
@@ -59,6 +61,7 @@ APIProgress::~APIProgress() = default;
 void APIProgress::SetTotal(std::uint64_t total) { state_->total = total; }
 
 void APIProgress::Update(std::uint64_t done, const std::string& message) {
+  state_->done = done;
   const Clock::time_point now = Clock::now();
   if (state_->is_written && now - state_->written < kInterval) {
     return;
@@ -66,13 +69,16 @@ void APIProgress::Update(std::uint64_t done, const std::string& message) {
   state_->is_written = true;
   state_->written = now;
   Json::Value data(Json::objectValue);
-  data["progress"] = state_->Facts(done, message);
+  data["progress"] = state_->Facts(message);
   state_->response->SetSuccess(data);
 }
 
 void APIProgress::Finish(const Json::Value& data) {
   Json::Value result = JSON::IsObject(data) ? data : Json::Value(Json::objectValue);
-  Json::Value facts = state_->Facts(state_->total, "");
+  if (state_->total != 0) {
+    state_->done = state_->total;
+  }
+  Json::Value facts = state_->Facts("");
   facts["percent"] = 100;
   JSON::Set(result, "progress", facts);
   state_->response->SetSuccess(result);

@@ -35,7 +35,9 @@ void TakeElement(const Json::Value& element, APIRequestPrivate& caller, APIReque
   call.ClearAPIDesc();
   call.InitParam(std::move(params), true);
   call.ClearData("attr", "");
-  call.InitSession(caller.GetData("session", "", Json::Value()));
+  // A token that was refused leaves facts without a user: those of nobody.
+  const bool is_known = !caller.GetText("session", "username", "").empty();
+  call.InitSession(is_known ? caller.GetData("session", "", Json::Value()) : Json::Value());
 }
 
 // The body of `response`, with the names of its call where it has them.

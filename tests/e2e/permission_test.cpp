@@ -54,7 +54,6 @@ class Permission : public ServerTest {
   }
   void TearDown() override { std::ofstream(Path("/etc/orbo/platform.conf")) << kept_settings_; }
 
-  static std::string Path(const std::string& path) { return server().root().path() + path; }
   static std::string SessionFile(const std::string& sid) {
     return Path("/run/orbo/sessions/" + sid);
   }
@@ -64,17 +63,6 @@ class Permission : public ServerTest {
         << (geteuid() == 0 ? "service_user=www-data\n" : "") << lines;
   }
 
-  // The first line that a command of the shell prints.
-  static std::string Shell(const std::string& command) {
-    const std::string output = Path("/run/command.out");
-    EXPECT_EQ(0, std::system(("(" + command + ") > " + output + " 2> /dev/null").c_str()))
-        << command;
-    const std::string text = ReadFile(output);
-    return text.substr(0, text.find('\n'));
-  }
-  static std::string Run(const std::string& arguments) {
-    return Shell("WEBAPI_ROOT=" + Path("") + " " E2E_COMMAND " " + arguments);
-  }
   static std::string Open(const std::string& user, const std::string& options = "") {
     return Run("session open '" + user + "' " + options);
   }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -22,6 +23,20 @@ class ServerTest : public ::testing::TestWithParam<ServerKind> {
       server = std::make_unique<WebServer>(GetParam());
     }
     return *server;
+  }
+
+  static std::string Path(const std::string& path) { return server().root().path() + path; }
+  // The first line that a command of the shell prints.
+  static std::string Shell(const std::string& command) {
+    const std::string output = Path("/run/command.out");
+    EXPECT_EQ(0, std::system(("(" + command + ") > " + output + " 2> /dev/null").c_str()))
+        << command;
+    const std::string text = ReadFile(output);
+    return text.substr(0, text.find('\n'));
+  }
+  // The same of the command webapi.
+  static std::string Run(const std::string& arguments) {
+    return Shell("WEBAPI_ROOT=" + Path("") + " " E2E_COMMAND " " + arguments);
   }
 
   // What a sanitizer finds at the end of a program comes after the answer.

@@ -4,6 +4,7 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -168,6 +169,15 @@ TEST_P(Sessions, WrongLoginsOpenNone) {
     EXPECT_EQ(row.code, Code(response)) << response.body;
     EXPECT_EQ(response.Headers("Set-Cookie"), Lines{});
   }
+  const std::string entry = "api=ORBO.Entry.Request&version=1&method=request";
+  const std::string list = R"([{"api":"ORBO.Session","version":1,"method":"open","user":"ben",)"
+                           R"("password":"correct horse"}])";
+  const auto first = [](const HttpResponse& response) {
+    return Parse(response)["data"]["result"][0]["error"]["code"].asInt();
+  };
+  EXPECT_EQ(1102, first(server().Get(entry + "&compound=" + Escape(list))));
+  EXPECT_EQ(1103, first(Post("x=1", {}, "?" + entry + "&compound=" + Escape(list))));
+  EXPECT_EQ(0, first(Post(entry + "&compound=" + Escape(list))));
   EXPECT_EQ(1108, Code(Open("ben", {"Origin: http://elsewhere.example"})));
   EXPECT_EQ(0, Code(Open("ben", {"Origin: http://" + server().Host()})));
 }
@@ -190,6 +200,36 @@ TEST_P(Sessions, IdOfTheClientIsNeverAdopted) {
   EXPECT_EQ(105, Code(Call("show", first))) << "ended by the next login";
   Login("ada", {Cookie(second)});
   EXPECT_EQ(0, Code(Call("show", second))) << "another user's stays";
+}
+
+TEST_P(Sessions, WhatOthersBroughtDoesNotCloseTheCookiesSession) {
+  const std::string own = Login("ben");
+  const std::string brought = Login("ada");
+  const HttpResponse closed = server().Get(Manage("close") + "&_sid=" + brought, {Cookie(own)});
+  EXPECT_EQ(0, Code(closed));
+  EXPECT_EQ(closed.Headers("Set-Cookie"), Lines{});
+  EXPECT_EQ(0, Code(Call("show", own)));
+  // Who is let in by a token has no session, whatever the cookie says.
+  const std::string elsewhere = Run("session open ada --address 198.51.100.1");
+  const std::string token = Run("token create ada --api ORBO.Session:close");
+  EXPECT_EQ(1107, Code(server().Get(Manage("close") + "&tid=" + token, {Cookie(elsewhere)})));
+}
+
+TEST_P(Sessions, EveryMethodButOpenNeedsTheCheckToPass) {
+  const std::string late = Login("ada");
+  const std::string file = server().root().path() + "/run/orbo/sessions/" + late;
+  fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(1));
+  for (const char* method : {"close", "show", "list", "kill"}) {
+    EXPECT_EQ(106, Code(Call(method, late))) << method;
+  }
+  EXPECT_EQ(0, Code(Open("ben", {Cookie(late)}))) << "open is there for who has timed out";
+  // The first check of a request decides for all of its calls.
+  const std::string list = R"([{"api":"ORBO.Session","version":1,"method":"close"},)"
+                           R"({"api":"ORBO.Session","version":1,"method":"list"}])";
+  const HttpResponse both =
+      Post("api=ORBO.Entry.Request&version=1&method=request&compound=" + Escape(list),
+           {Cookie(Login("ada"))});
+  EXPECT_FALSE(Parse(both)["data"]["has_fail"].asBool()) << both.body;
 }
 
 TEST_P(Sessions, RepeatedFailuresLock) {

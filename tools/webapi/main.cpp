@@ -33,7 +33,7 @@ constexpr char kDetails[] =
     "Examples:\n"
     "  webapi passwd alice\n"
     "  webapi session list\n"
-    "  webapi token create alice --api ORBO.Entry --expires 30d\n";
+    "  webapi token create alice --api ORBO.Example.Library --expires 30d\n";
 
 constexpr Command kRoot = {
     "webapi",

@@ -10,7 +10,7 @@ constexpr char kDetails[] =
     "A token lets a program call some APIs in a user's name without logging in.\n"
     "\n"
     "Examples:\n"
-    "  webapi token create alice --api ORBO.Entry:request --expires 30d\n"
+    "  webapi token create alice --api ORBO.Example.Library:list --expires 30d\n"
     "  webapi token list\n";
 
 }  // namespace

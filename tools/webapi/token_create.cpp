@@ -28,7 +28,7 @@ constexpr char kDetails[] =
     "only a hash of it is stored.\n"
     "\n"
     "Examples:\n"
-    "  webapi token create alice --api ORBO.Entry:request --expires 30d --note backup\n"
+    "  webapi token create alice --api ORBO.Example.Library:list --expires 30d --note backup\n"
     "  webapi token create alice --api ORBO.A --api ORBO.B:get,list --expires 2030-12-31\n";
 
 constexpr std::size_t kLongestNote = 1024;

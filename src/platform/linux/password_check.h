@@ -7,6 +7,7 @@ namespace ORBO {
 enum class PasswordResult {
   kAccepted,
   kRefused,
+  kUndecided,    // what judges was out of order; the password may be wrong as well
   kUnavailable,  // nobody's password can be checked: missing module, wrong rights
 };
 

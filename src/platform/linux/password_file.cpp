@@ -57,8 +57,29 @@ int OpenDirectory() {
   return open(RootedPath(kDirectory).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
+// The account of the user whom the CGI programs run as: named in the configuration,
+// else the owner of the session directory.
+bool FindServiceAccount(Account& account) {
+  if (FindAccount(PlatformSetting("service_user").c_str(), account)) {
+    return true;
+  }
+  struct stat status;
+  if (stat(RootedPath(kSessionDirectory).c_str(), &status) != 0) {
+    return false;
+  }
+  account.user = status.st_uid;
+  account.group = status.st_gid;
+  return true;
+}
+
+bool IsTrustedOwner(uid_t owner) {
+  Account service;
+  return owner == 0 || owner == geteuid() ||
+         (geteuid() == 0 && FindServiceAccount(service) && owner == service.user);
+}
+
 bool IsTrusted(const struct stat& status) {
-  return S_ISREG(status.st_mode) && (status.st_uid == 0 || status.st_uid == geteuid()) &&
+  return S_ISREG(status.st_mode) && IsTrustedOwner(status.st_uid) &&
          (status.st_mode & (S_IWGRP | S_IXGRP | S_IRWXO)) == 0;
 }
 
@@ -80,29 +101,15 @@ bool ReadPasswords(int directory, std::string& text, struct stat& status) {
   return ReadUpTo(file.get(), kLargestFile, text);
 }
 
-// The group of the user whom the CGI programs run as: named in the configuration,
-// else the owner of the session directory.
-bool ServiceGroup(gid_t& group) {
-  Account account;
-  if (FindAccount(PlatformSetting("service_user").c_str(), account)) {
-    group = account.group;
-    return true;
-  }
-  struct stat status;
-  if (stat(RootedPath(kSessionDirectory).c_str(), &status) == 0) {
-    group = status.st_gid;
-    return true;
-  }
-  return false;
-}
-
 // The owner and the rights of a file that does not exist yet.
 struct stat FirstStatus() {
   struct stat status {};
   status.st_uid = geteuid();
   status.st_gid = getegid();
   status.st_mode = kPrivate;
-  if (status.st_uid == 0 && ServiceGroup(status.st_gid)) {
+  Account service;
+  if (status.st_uid == 0 && FindServiceAccount(service)) {
+    status.st_gid = service.group;
     status.st_mode = kGroupReads;
   }
   return status;

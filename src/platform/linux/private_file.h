@@ -16,7 +16,7 @@ class PrivateDirectory;
 enum class FileState {
   kRead,
   kMissing,
-  kUnusable,  // no regular file, a link, of another user, open to others, or too large
+  kUnusable,  // no regular file, a link, of another user, writable by others, or too large
 };
 
 enum class Durability {

@@ -8,6 +8,7 @@
 #include "platform/linux/cross_site.h"
 #include "platform/linux/platform_conf.h"
 #include "platform/linux/session_store.h"
+#include "platform/webapi_util.h"
 #include "util/log.h"
 
 namespace {
@@ -35,7 +36,8 @@ bool IsByCookieAlone(const OrboCgi& cgi, const std::string& id) {
   const std::string cookie = "id=" + id;
   const std::string_view line = cgi.cookie_line;
   if (cgi.client_cookie_line == line) {
-    return line.find(cookie) != std::string_view::npos;
+    // Cookies are read with their escapes undone.
+    return ORBO::WebAPIUtil::URLDecode(std::string(line), true).find(cookie) != std::string::npos;
   }
   return line.size() < cookie.size() || line.substr(line.size() - cookie.size()) != cookie;
 }

@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 #include <webapi/APIAuth.h>
+#include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 #include <webapi/APIRunner.h>
@@ -161,6 +162,27 @@ void Touch(APIRequest* request, APIResponse* response) {
   response->SetSuccess(ORBO::APIAuth::UpdateTimeout(request));
 }
 
+// Lasts until the file "go" is in the root directory, or that is gone.
+void WaitForGo(APIRequest* request, APIResponse* response, void*) {
+  const std::string root = Variable("WEBAPI_ROOT");
+  Json::Value data(Json::objectValue);
+  data["pid"] = getpid();
+  ORBO::APIPolling(request).WriteLog("waiting\n");
+  response->SetSuccess(data);
+  while (access((root + "/go").c_str(), F_OK) != 0 && access(root.c_str(), F_OK) == 0) {
+    usleep(5000);
+  }
+  data["over"] = true;
+  response->SetSuccess(data);
+}
+
+// The example's other methods look at the task.
+void Work(APIRequest* request, APIResponse* response) {
+  ORBO::APIPolling polling(request);
+  polling.SetPrefixAttr("checksum_");
+  polling.Start(response, WaitForGo, nullptr);
+}
+
 constexpr char kProbe[] = "ORBO.Test.Probe";
 constexpr char kPermission[] = "ORBO.Test.Permission";
 constexpr char kFree[] = "ORBO.Test.Permission.Free";
@@ -174,7 +196,7 @@ std::vector<ORBO::_tag_API_TABLE> Methods() {
       {kProbe, 1, "header", Header},   {kProbe, 1, "cookies", Cookies},
       {kProbe, 1, "later", Later},     {kProbe, 1, "upload", Echo},
       {kProbe, 1, "inside", Inside},   {"ORBO.Test.Open", 1, "echo", Echo},
-      {kFree, 1, "touch", Touch},
+      {kFree, 1, "touch", Touch},      {kPermission, 1, "work", Work},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
                              "normal.local", "normal.domain", "normal.ldap"}) {

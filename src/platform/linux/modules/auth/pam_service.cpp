@@ -125,8 +125,10 @@ PasswordResult ToResult(int status) {
     case PAM_MODULE_UNKNOWN:
     case PAM_BUF_ERR:
     case PAM_ABORT:
-    case PAM_AUTHINFO_UNAVAIL:
       return PasswordResult::kUnavailable;
+    // Of several modules one may have refused before another was out of order.
+    case PAM_AUTHINFO_UNAVAIL:
+      return PasswordResult::kUndecided;
     default:
       return PasswordResult::kRefused;
   }

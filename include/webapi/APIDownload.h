@@ -19,17 +19,14 @@ class APIResponse;
 //   void Fetch(APIRequest*, APIResponse* response) {
 //     APIDownload download(response);
 //     download.SetAttachment("report.pdf");
-//     const int result = download.Output("/volume1/reports/17.pdf");
-//     if (result < 0) {
-//       response->SetError(1001);          // nothing has been written
-//     } else {
-//       response->SetEnableOutput(false);  // the answer is complete
+//     if (download.Output("/volume1/reports/17.pdf") < 0) {
+//       response->SetError(1001);  // nothing has been written
 //     }
 //   }
 //
 // The answer is 200 with the whole file, 206 or 416 where the client asks for a range of
 // bytes, 304 or 412 by its conditions; for HEAD it has no content.  With send-file
-// (GetXSendFileEnabled) the web server adds the content and decides on all these.
+// (GetXSendFileEnabled) the web server adds the content and deals with ranges.
 //
 // Every header of the response is sent, the cookies are not.  Content-Length, ETag,
 // Last-Modified, Accept-Ranges, "Cache-Control: private, no-cache" and
@@ -80,7 +77,10 @@ class WEBAPI_EXPORT APIDownload {
 
   // --- Output ---
 
-  // Writes the whole answer to standard output.  A failure (negative) leaves nothing
+  // Writes the whole answer to standard output and switches the response's own output
+  // off (APIResponse::SetEnableOutput), since nothing may follow.  Do before it what must
+  // be done: a web server may end the process (SIGTERM) as soon as it has what it needs,
+  // with send-file at once, and when the client hangs up.  A failure (negative) leaves nothing
   // written and the response's headers as they were, so that the handler can still
   // answer an error: -ENOENT, -EACCES and so on as open(2) tells, -EISDIR or -EINVAL for
   // what is no regular file (a path with NUL too), -EPERM where the method's

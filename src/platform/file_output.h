@@ -37,9 +37,9 @@ class HTTPFileOutputer {
   // The regular file `path`; anything else is a failure (-EISDIR, -EINVAL), and a pipe
   // in its place does not stop the process.  While the variable
   // MOD_X_SENDFILE_ENABLED is "yes" in any case, the web server is told the path by
-  // the header X-Sendfile and adds all the rest, unless the path cannot stand in that
-  // header as it is.  A type that is null, empty or cannot stand in a header counts as
-  // "application/octet-stream".
+  // the header X-Sendfile and adds the content, its length and ranges, unless the path
+  // cannot stand in that header as it is.  A type that is null, empty or cannot stand in
+  // a header counts as "application/octet-stream".
   static int Output(const char* path, const char* mime_type);
 
   // The rest of the open file from its position on; the position stays.  What is no

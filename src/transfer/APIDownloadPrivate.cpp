@@ -134,6 +134,10 @@ int APIDownloadPrivate::Answer(Writer write) {
     if (held.text().size() == header_size) {
       held.Discard();
     }
+  } else if (response_ != nullptr) {
+    // A body after the file would be read as the beginning of the next answer where the
+    // client keeps the connection.
+    response_->SetEnableOutput(false);
   }
   return result;
 }

@@ -71,8 +71,10 @@ TEST(APIDownload, LeavesNoTraceOfAFailure) {
     EXPECT_EQ("", Answer(download, "a.txt", -EPERM));
   }
   EXPECT_EQ(kJsonType, response.GetHeader("Content-type", ""));
+  EXPECT_TRUE(response.IsEnableOutput());
   EXPECT_NE("", Answer(download, "a.txt"));
   EXPECT_EQ("image/png", response.GetHeader("Content-type", "")) << "decided once";
+  EXPECT_FALSE(response.IsEnableOutput());
 }
 
 TEST(APIDownload, WorksWithItsOwnResponseAndWithNone) {

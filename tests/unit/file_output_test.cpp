@@ -173,6 +173,12 @@ TEST_F(FileOutput, NamesThePathToTheWebServerWhereThatCanReadIt) {
       const bool is_named = name == "plain" && enabled == "YeS";
       EXPECT_EQ(is_named ? std::filesystem::canonical(name) : "-", Header(answer, "X-Sendfile"));
       EXPECT_EQ(is_named ? "" : "content", Content(answer));
+      EXPECT_EQ(is_named ? "-" : "7", Header(answer, "Content-Length"));
+      const std::string known =
+          Answer("./" + name, "REQUEST_METHOD=GET\nHTTP_IF_NONE_MATCH=" + Header(answer, "ETag") +
+                                  "\nMOD_X_SENDFILE_ENABLED=" + enabled);
+      EXPECT_EQ("304 Not Modified", Header(known, "Status"));
+      EXPECT_EQ("-", Header(known, "X-Sendfile"));
     }
   }
 }

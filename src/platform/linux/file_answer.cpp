@@ -9,12 +9,6 @@ namespace {
 
 constexpr char kUnknownType[] = "application/octet-stream";
 
-struct Answer {
-  const char* status = "";  // the status line's text where it is not 200
-  ByteRange part;
-  bool names_range = false;
-};
-
 // What a handler says about its content counts instead of what the file says.
 void TakeGivenValidators(const AnswerHead& head, Validators& validators) {
   if (head.Has("ETag")) {
@@ -23,33 +17,8 @@ void TakeGivenValidators(const AnswerHead& head, Validators& validators) {
   ReadHttpDate(head.Value("Last-Modified"), validators.modified);
 }
 
-Answer Decide(std::uint64_t size, const Validators& validators) {
-  Answer answer;
-  answer.part.length = size;
-  const Verdict verdict = JudgeConditions(validators);
-  if (verdict != Verdict::kProceed) {
-    answer.status = verdict == Verdict::kFailed ? "412 Precondition Failed" : "304 Not Modified";
-    answer.part = {};
-    return answer;
-  }
-  if (CgiVariable("REQUEST_METHOD") != "GET" || !RangeIsOfThisVersion(validators)) {
-    return answer;
-  }
-  switch (ReadByteRange(CgiVariable("HTTP_RANGE"), size, answer.part)) {
-    case RangeKind::kPart:
-      answer.status = "206 Partial Content";
-      answer.names_range = true;
-      break;
-    case RangeKind::kUnsatisfiable:
-      answer.status = "416 Range Not Satisfiable";
-      answer.part = {};
-      answer.names_range = true;
-      break;
-    default:
-      break;
-  }
-  return answer;
-}
+// A handler that has decided on the status or the length has decided on the content.
+bool IsDecided(const AnswerHead& head) { return head.Has("Status") || head.Has("Content-Length"); }
 
 // "bytes 0-9/100", or "bytes */100" where no part is sent.
 std::string ContentRange(const ByteRange& part, std::uint64_t size) {
@@ -91,24 +60,38 @@ void AddCommonHeaders(const char* mime_type, AnswerHead& head) {
   head.Add("Cache-Control", "private, no-cache");
 }
 
-ByteRange AnswerWithContent(std::uint64_t size, Validators validators, AnswerHead& head) {
+bool AnswerConditions(Validators& validators, AnswerHead& head) {
   TakeGivenValidators(head, validators);
-  const bool is_whole = head.Has("Status") || head.Has("Content-Length");
-  const Answer answer = is_whole ? Answer{"", {0, size}, false} : Decide(size, validators);
-  const std::string_view status = answer.status;
-  if (!status.empty()) {
-    head.Add("Status", status);
-  }
+  const Verdict verdict = IsDecided(head) ? Verdict::kProceed : JudgeConditions(validators);
   head.Add("ETag", validators.etag);
   head.Add("Last-Modified", HttpDate(validators.modified));
+  if (verdict == Verdict::kNotModified) {
+    head.Add("Status", "304 Not Modified");
+  } else if (verdict == Verdict::kFailed) {
+    head.Add("Status", "412 Precondition Failed");
+    head.Add("Content-Length", "0");
+  }
+  return verdict != Verdict::kProceed;
+}
+
+ByteRange AnswerContent(std::uint64_t size, const Validators& validators, AnswerHead& head) {
+  const std::string_view method = CgiVariable("REQUEST_METHOD");
+  ByteRange part = {0, size};
+  RangeKind kind = RangeKind::kWhole;
+  if (method == "GET" && !IsDecided(head) && RangeIsOfThisVersion(validators)) {
+    kind = ReadByteRange(CgiVariable("HTTP_RANGE"), size, part);
+  }
+  if (kind == RangeKind::kUnsatisfiable) {
+    part = {};
+  }
+  if (kind != RangeKind::kWhole) {
+    head.Add("Status",
+             kind == RangeKind::kPart ? "206 Partial Content" : "416 Range Not Satisfiable");
+    head.Add("Content-Range", ContentRange(part, size));
+  }
   head.Add("Accept-Ranges", "bytes");
-  if (answer.names_range) {
-    head.Add("Content-Range", ContentRange(answer.part, size));
-  }
-  if (status.substr(0, 3) != "304") {
-    head.Add("Content-Length", std::to_string(answer.part.length));
-  }
-  return CgiVariable("REQUEST_METHOD") == "HEAD" ? ByteRange() : answer.part;
+  head.Add("Content-Length", std::to_string(part.length));
+  return method == "HEAD" ? ByteRange() : part;
 }
 
 }  // namespace ORBO

@@ -34,10 +34,14 @@ class AnswerHead {
 // Headers of every answer with a file, whoever sends the content.
 void AddCommonHeaders(const char* mime_type, AnswerHead& head);
 
-// Decides the answer with a content of `size` bytes that `validators` tell from
-// others, by the request in the CGI variables and the lines that stand in `head`, and
-// adds its headers.  Returns the part to be sent, none for a request that gets no
-// content.
-ByteRange AnswerWithContent(std::uint64_t size, Validators validators, AnswerHead& head);
+// Adds the validators, for which those that stand in `head` are put in.  True when the
+// conditions of the request, which the CGI variables hold, end the answer here: 304 or
+// 412, without content.
+bool AnswerConditions(Validators& validators, AnswerHead& head);
+
+// Adds the headers of an answer with a content of `size` bytes, or with the part that
+// the request asks for.  Returns what is to be sent, nothing for HEAD and for a part
+// that lies outside.
+ByteRange AnswerContent(std::uint64_t size, const Validators& validators, AnswerHead& head);
 
 }  // namespace ORBO

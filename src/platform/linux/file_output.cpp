@@ -74,23 +74,24 @@ bool WriteHead(AnswerHead& head) {
   return std::fflush(stdout) == 0 && std::cout.good();
 }
 
-int OutputRegularFile(int file, const struct stat& status, std::uint64_t offset,
-                      const char* mime_type) {
+// `send_file_path` is empty where the content is not the web server's.
+int OutputRegularFile(int file, std::uint64_t offset, const std::string& send_file_path,
+                      const struct stat& status, const char* mime_type) {
   const auto end = static_cast<std::uint64_t>(status.st_size);
-  const std::uint64_t size = end - std::min(end, offset);
   AnswerHead head(HeldOutput::Of(std::cout));
   AddCommonHeaders(mime_type, head);
-  const ByteRange part = AnswerWithContent(size, ValidatorsOf(status, offset), head);
+  ORBO::Validators validators = ValidatorsOf(status, offset);
+  ByteRange part;
+  if (!AnswerConditions(validators, head)) {
+    if (send_file_path.empty()) {
+      part = AnswerContent(end - std::min(end, offset), validators, head);
+    } else {
+      head.Add("X-Sendfile", send_file_path);
+    }
+  }
   return WriteHead(head) && ORBO::SendContent(STDOUT_FILENO, file, offset + part.first, part.length)
              ? kFileOutputDone
              : kFileOutputBrokenOff;
-}
-
-int OutputBySendFile(const std::string& path, const char* mime_type) {
-  AnswerHead head(HeldOutput::Of(std::cout));
-  AddCommonHeaders(mime_type, head);
-  head.Add("X-Sendfile", path);
-  return WriteHead(head) ? kFileOutputDone : kFileOutputBrokenOff;
 }
 
 // The first piece is read before the head is written: a stream that cannot be read
@@ -133,8 +134,7 @@ int HTTPFileOutputer::Output(const char* path, const char* mime_type) {
   // Of a server that adds the content nobody knows what it makes of another status.
   const bool is_plain = !AnswerHead(HeldOutput::Of(std::cout)).Has("Status");
   const std::string served = is_plain && IsSendFileEnabled() ? SendFilePath(path) : std::string();
-  return served.empty() ? OutputRegularFile(file.get(), status, 0, mime_type)
-                        : OutputBySendFile(served, mime_type);
+  return OutputRegularFile(file.get(), 0, served, status, mime_type);
 }
 
 int HTTPFileOutputer::Output(std::FILE* file, const char* /*file_name*/, const char* mime_type) {
@@ -154,5 +154,5 @@ int HTTPFileOutputer::Output(std::FILE* file, const char* /*file_name*/, const c
   if ((fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_WRONLY) {
     return -EBADF;
   }
-  return OutputRegularFile(descriptor, status, static_cast<std::uint64_t>(position), mime_type);
+  return OutputRegularFile(descriptor, static_cast<std::uint64_t>(position), "", status, mime_type);
 }

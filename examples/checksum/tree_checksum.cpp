@@ -11,7 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t kPrime = 1099511628211U;
-constexpr std::size_t kBufferSize = 256 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{256} << 10;
 
 }  // namespace
 

@@ -8,7 +8,9 @@
 #include <webapi/APITable.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <string>
 
 namespace {
 
@@ -18,54 +20,57 @@ using ORBO::APIResponse;
 constexpr int kErrorUnavailable = 1001;
 constexpr unsigned long long kKiB = 1024;
 
-// A line-wise reader of a file of /proc; null if it cannot be opened.
-std::unique_ptr<std::FILE, int (*)(std::FILE*)> OpenFacts(const char* path) {
-  return {std::fopen(path, "re"), std::fclose};
+// The beginning of a file of /proc; "" if it cannot be read.
+std::string ReadFacts(const char* path) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path, "re"), std::fclose);
+  char text[4096];
+  return file == nullptr ? "" : std::string(text, std::fread(text, 1, sizeof text, file.get()));
 }
 
 // ORBO.Example.System 1 uptime: seconds since the start of the system.
 void Uptime(APIRequest*, APIResponse* response) {
-  const auto file = OpenFacts("/proc/uptime");
-  double seconds = 0;
-  if (file == nullptr || std::fscanf(file.get(), "%lf", &seconds) != 1) {
+  const std::string facts = ReadFacts("/proc/uptime");
+  if (facts.empty()) {
     response->SetError(kErrorUnavailable);
     return;
   }
   Json::Value data(Json::objectValue);
-  data["seconds"] = static_cast<Json::Int64>(seconds);
+  data["seconds"] = static_cast<Json::Int64>(std::strtod(facts.c_str(), nullptr));
   response->SetSuccess(data);
 }
 
 // ORBO.Example.System 1 load: runnable tasks, averaged over 1, 5 and 15 minutes.
 void Load(APIRequest*, APIResponse* response) {
-  const auto file = OpenFacts("/proc/loadavg");
-  double averages[3] = {};
-  if (file == nullptr ||
-      std::fscanf(file.get(), "%lf %lf %lf", &averages[0], &averages[1], &averages[2]) != 3) {
+  const std::string facts = ReadFacts("/proc/loadavg");
+  if (facts.empty()) {
     response->SetError(kErrorUnavailable);
     return;
   }
   Json::Value data(Json::objectValue);
-  for (const double average : averages) {
-    data["averages"].append(average);
+  char* rest = nullptr;
+  const char* text = facts.c_str();
+  for (int minutes = 0; minutes < 3; ++minutes) {
+    data["averages"].append(std::strtod(text, &rest));
+    text = rest;
   }
   response->SetSuccess(data);
 }
 
+// Bytes of the entry `name` of /proc/meminfo, which has a line "name: 1234 kB".
+Json::UInt64 MemoryEntry(const std::string& facts, const std::string& name) {
+  const std::size_t line = facts.find(name + ":");
+  return line == std::string::npos
+             ? 0
+             : std::strtoull(facts.c_str() + line + name.size() + 1, nullptr, 10) * kKiB;
+}
+
 // ORBO.Example.System 1 memory: bytes.
 void Memory(APIRequest*, APIResponse* response) {
-  const auto file = OpenFacts("/proc/meminfo");
+  const std::string facts = ReadFacts("/proc/meminfo");
   Json::Value data(Json::objectValue);
-  char line[128];
-  while (file != nullptr && std::fgets(line, sizeof line, file.get()) != nullptr) {
-    unsigned long long kibibytes = 0;
-    if (std::sscanf(line, "MemTotal: %llu kB", &kibibytes) == 1) {
-      data["total"] = static_cast<Json::UInt64>(kibibytes * kKiB);
-    } else if (std::sscanf(line, "MemAvailable: %llu kB", &kibibytes) == 1) {
-      data["available"] = static_cast<Json::UInt64>(kibibytes * kKiB);
-    }
-  }
-  if (data.size() == 2) {
+  data["total"] = MemoryEntry(facts, "MemTotal");
+  data["available"] = MemoryEntry(facts, "MemAvailable");
+  if (data["total"].asUInt64() > 0) {
     response->SetSuccess(data);
   } else {
     response->SetError(kErrorUnavailable);

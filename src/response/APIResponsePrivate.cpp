@@ -43,7 +43,10 @@ void APIResponsePrivate::BindTask() {
   }
   const std::string user = JSON::AsString(request_->GetEnv("task_user", Json::Value()));
   const std::string id = JSON::AsString(request_->GetEnv("task_id", Json::Value()));
-  task_ = std::make_unique<KEP::Task>(user.c_str(), id.c_str());
+  // A task that was stopped and removed while it went on gets no new record.
+  if (KEP::TaskUtil::checkTaskExists(user.c_str(), id.c_str())) {
+    task_ = std::make_unique<KEP::Task>(user.c_str(), id.c_str());
+  }
 }
 
 void APIResponsePrivate::WriteToTask() {

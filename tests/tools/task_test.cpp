@@ -4,7 +4,6 @@
 
 #include <csignal>
 #include <future>
-#include <thread>
 
 #include "CommandRun.h"
 #include "platform/task.h"
@@ -20,10 +19,13 @@ using ::testing::Not;
 
 class Tasks : public CommandTest {
  protected:
-  static bool Put(KEP::Task& task, const std::string& body) {
+  static Json::Value Parse(const std::string& body) {
     Json::Value value;
-    return ORBO::JSON::Parse(body, value) && task.beginUpdate() &&
-           task.setProperty("body", value) && task.endUpdate();
+    EXPECT_TRUE(ORBO::JSON::Parse(body, value));
+    return value;
+  }
+  static bool Put(KEP::Task& task, const std::string& body) {
+    return task.beginUpdate() && task.setProperty("body", Parse(body)) && task.endUpdate();
   }
   // Makes a record of ben's, with the work of a process that waits; its id.
   static pid_t PutRunning(KEP::Task& task, const std::string& body) {
@@ -93,29 +95,24 @@ TEST_F(Tasks, AreWatchedToTheirEnd) {
     wait_for("25 %");
     EXPECT_TRUE(Put(task, Progress("50")));
     wait_for("50 %");
-    Json::Value body;
-    body["success"] = true;
-    EXPECT_TRUE(task.beginUpdate() && task.setProperty("body", body) && task.finish(true) &&
-                task.endUpdate());
+    EXPECT_TRUE(task.beginUpdate() && task.setProperty("body", Parse(R"({"success":true})")) &&
+                task.finish(true) && task.endUpdate());
     const Result result = watching.get();
     EXPECT_EQ(0, result.exit_code);
     EXPECT_THAT(result.output, AllOf(ContainsRegex(shown), Not(HasSubstr("\x1b[5m"))));
-    kill(worker, SIGKILL);
-    EXPECT_TRUE(waitpid(worker, nullptr, 0) == worker && task.remove());
+    EXPECT_TRUE(kill(worker, SIGKILL) == 0 && wait(nullptr) == worker && task.remove());
   }
 }
 
 TEST_F(Tasks, AreStopped) {
   KEP::Task task("@users", "a/b");
-  const pid_t worker = PutRunning(task, Progress("7"));
+  PutRunning(task, Progress("7"));
   EXPECT_THAT(Output("task list"), ContainsRegex("@users/a/b +running +7 %"));
   EXPECT_EQ(1, Run("task stop ben/none @users/a/b --keep").exit_code) << "and yet the second";
   int status = 0;
-  EXPECT_TRUE(waitpid(worker, &status, 0) == worker && WTERMSIG(status) == SIGTERM);
+  EXPECT_TRUE(wait(&status) > 0 && WTERMSIG(status) == SIGTERM);
   EXPECT_THAT(Output("task list"), ContainsRegex("@users/a/b +stopped"));
   EXPECT_THAT(ReadFile("/run/orbo/tasks/%40users/a%2Fb.json"), HasSubstr("\"autoRemove\":false"));
-  EXPECT_EQ("", Output("task stop @users/a/b"));
-  EXPECT_THAT(ReadFile("/run/orbo/tasks/%40users/a%2Fb.json"), HasSubstr("\"autoRemove\":true"));
 }
 
 }  // namespace

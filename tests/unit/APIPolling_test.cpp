@@ -2,17 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <webapi/APIProgress.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
@@ -24,56 +20,20 @@
 #include "unit/json.h"
 #include "util/log_text.h"
 
-namespace {
-
-bool g_refuse_signals = false;
-
-}  // namespace
-
-// Stands before the C library's own.
-extern "C" int kill(pid_t pid, int signal_number) noexcept {
-  errno = EPERM;
-  return g_refuse_signals ? -1 : static_cast<int>(syscall(SYS_kill, pid, signal_number));
-}
-
 namespace ORBO {
 namespace {
 
 namespace fs = std::filesystem;
 using JSON::ToText;
+using Work = void (*)(APIRequest*, APIResponse*, void*);
 
-Json::Value Request(const std::string& user, bool is_admin) {
-  return FromText(R"({"getParam":{"api":"A.B","version":3,"method":"m","p":[1]},
-      "session":{"username":")" +
-                  user + R"(","isAdmin":)" + (is_admin ? "true}}" : "false}}"));
+Json::Value Request(const std::string& user, const std::string& is_admin) {
+  return FromText(
+      R"({"getParam":{"api":"A.B","version":3,"method":"m","p":[1],"_sid":"s","tid":"t"},"session":{"username":")" +
+      user + R"(","isAdmin":)" + is_admin + "}}");
 }
 
-struct Step {
-  char letter;
-  void (*take)(APIRequest*, APIResponse*);
-};
-
-constexpr Step kSteps[] = {
-    {'1', [](APIRequest*, APIResponse* to) { to->SetSuccess(1); }},
-    {'7', [](APIRequest*, APIResponse* to) { to->SetError(7, "x"); }},
-    {'p', [](APIRequest*, APIResponse* to) { to->SetSuccess(getpid()); }},
-    {'u', [](APIRequest* from, APIResponse* to) { to->SetSuccess(from->GetPollingTaskId()); }},
-    {'l', [](APIRequest*, APIResponse* to) { to->SetSuccess(getsid(0) == getpid()); }},
-    {'t', [](APIRequest*, APIResponse*) { throw 5; }},
-    {'k', [](APIRequest*, APIResponse*) { std::raise(SIGKILL); }},
-    {'s', [](APIRequest*, APIResponse*) { std::raise(SIGSEGV); }},
-    {'i', [](APIRequest*, APIResponse*) { std::signal(SIGTERM, SIG_IGN); }},
-    {'w', [](APIRequest*, APIResponse*) { pause(); }},
-};
-
-// Work that takes the steps of the text `letters`.
-void Work(APIRequest* request, APIResponse* task_response, void* letters) {
-  for (const char letter : std::string(static_cast<const char*>(letters))) {
-    std::find_if(std::begin(kSteps), std::end(kSteps), [letter](const Step& step) {
-      return step.letter == letter;
-    })->take(request, task_response);
-  }
-}
+void Succeed(APIRequest*, APIResponse* to, void*) { to->SetSuccess(1); }
 
 // Waits for all tasks' processes; the last one's exit status.
 int Reap() {
@@ -84,9 +44,9 @@ int Reap() {
 }
 
 struct Polling : testing::Test {
-  std::string Start(const char* steps) {
-    text = steps;
-    EXPECT_TRUE(polling.Start(&response, Work, text.data()));
+  // The id of a task that is started.
+  std::string Start(Work work) {
+    EXPECT_TRUE(polling.Start(&response, work, nullptr));
     return response.GetBody()["data"]["task_id"].asString();
   }
   Json::Value Status(const std::string& id) {
@@ -105,23 +65,22 @@ struct Polling : testing::Test {
 
   const WebAPIDirectory root;
   const std::string tasks = std::string(std::getenv("WEBAPI_ROOT")) + "/run/orbo/tasks/";
-  APIRequest ben{Request("ben", false)};
-  APIRequest ada{Request("ada", true)};
-  APIRequest nobody{Request("", false)};
+  APIRequest ben{Request("ben", "false")};
+  APIRequest ada{Request("ada", "true")};
+  APIRequest nobody{Request("", "false")};
   APIResponse response{&ben};
   APIPolling polling{&ben};
-  std::string text;
   const LogCapture log;
   std::size_t seen = 0;
 };
 
 TEST_F(Polling, TheOwnerIsTheUserOrTheGroup) {
   const struct {
-    const char* group;
+    std::string group;
     APIRequest* request;
     int refusal;        // of the attribute
     int code;           // of the start all the same
-    const char* owner;  // "" where there is no start
+    std::string owner;  // "" where there is no start
     const char* log;
   } rows[] = {
       {"", &ben, 500, 0, "ben", ""},
@@ -133,44 +92,35 @@ TEST_F(Polling, TheOwnerIsTheUserOrTheGroup) {
       {"", &nobody, 500, 117, "", ""},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.group) + " " + row.owner);
+    SCOPED_TRACE(row.group + " " + row.owner);
     APIPollingPrivate started(row.request, nullptr);
     EXPECT_EQ(row.refusal == 500, started.SetGroupAttr(row.group));
     EXPECT_EQ(row.refusal, started.GetError());
     started.SetData("polling_attribute", "share_to_group", row.group, true);
     started.SetData("polling_attribute", "task_id_prefix", "p/", true);
     APIResponse answer(row.request);
-    EXPECT_EQ(*row.owner != '\0', started.Start(&answer, Work, (text = "1").data()));
+    EXPECT_EQ(!row.owner.empty(), started.Start(&answer, Succeed, nullptr));
     EXPECT_EQ(row.code, answer.GetError());
     EXPECT_EQ(row.log, Logged());
-    Reap();
     const std::string id = answer.GetBody()["data"]["task_id"].asString();
     Json::Value status;
-    if (*row.owner != '\0' && started.Status(id, status)) {
-      EXPECT_EQ(std::string(row.owner) + "/p/", id.substr(0, id.size() - 22));
-      EXPECT_EQ(R"({"api":"A.B","group":")" + std::string(row.group) +
+    if (!row.owner.empty() && started.Status(id, status)) {
+      EXPECT_EQ(row.owner + "/p/", id.substr(0, id.size() - 22));
+      EXPECT_EQ(R"({"api":"A.B","group":")" + row.group +
                     R"(","method":"m","param":{"p":[1]},"prefix":"p/","version":3})",
                 ToText(status["info"]));
     }
   }
-  EXPECT_FALSE(polling.Start(nullptr, Work, nullptr) || polling.Start(&response, nullptr, nullptr));
+  EXPECT_FALSE(polling.Start(nullptr, Succeed, nullptr) || polling.Start(&response, nullptr, this));
   EXPECT_EQ("169 bad parameters;169 bad parameters;", Logged());
   EXPECT_TRUE(polling.GetError() == 502 && polling.SetRemoveParam(true));
-  for (const bool goes : {true, false}) {
-    EXPECT_TRUE(polling.SetRemoveAttr(goes));
-    const std::string id = Start("1");
-    Reap();
-    EXPECT_FALSE(Status(id)["info"].isMember("param"));
-    EXPECT_EQ(goes, Status(id)["auto_remove"].asBool());
-    std::ifstream file(tasks + id + ".json");
-    const std::string record{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_EQ(goes, record.find(R"("autoRemove":true)") != std::string::npos) << record;
-  }
+  EXPECT_FALSE(Status(Start(Succeed))["info"].isMember("param"));
+  Reap();
 }
 
 // What a client asks for, by a word and an id or a list of groups.
-bool Act(const std::string& word, APIPolling& polling, const std::string& argument,
-         Json::Value& out) {
+bool Act(const std::string& word, APIPolling& polling, const std::string& argument) {
+  Json::Value out;
   return word == "status" ? polling.Status(argument, out)
          : word == "many" ? polling.Status(FromText(argument), out)
          : word == "stop" ? polling.Stop(argument, true)
@@ -178,9 +128,7 @@ bool Act(const std::string& word, APIPolling& polling, const std::string& argume
 }
 
 TEST_F(Polling, FailuresTellWhy) {
-  KEP::Task task("ben", "kept");
-  ASSERT_TRUE(task.beginUpdate() && task.endUpdate());
-  const std::string nul("ben/kept\0", 9);
+  const std::string nul("ben/x\0", 6);
   const std::string longest = "ben/" + std::string(4096, 'x');
   const std::string admins = "@administrators/1";
   const struct {
@@ -190,51 +138,38 @@ TEST_F(Polling, FailuresTellWhy) {
     int error;
     std::string log;
   } rows[] = {
-      {nullptr, "status", "ben/kept", 502, "329 unknown request;"},
+      {nullptr, "status", "ben/x", 502, "329 unknown request;"},
       {&ben, "status", "", 502, "335 bad parameters;"},
       {&ben, "status", "abc", 503, "342 Invalid task id[abc];"},
-      {&ben, "status", "x/1\n", 503, "98 Invalid task id;342 Invalid task id[x/1?];"},
-      {&ben, "status", nul, 503, "342 Invalid task id[ben/kept?];"},
+      {&ben, "status", "../1\n", 503, "98 Invalid task id;342 Invalid task id[../1?];"},
+      {&ben, "status", nul, 503, "342 Invalid task id[ben/x?];"},
       {&ben, "status", admins, 503, "103 Permission denied;342 Invalid task id[" + admins + "];"},
       {&ada, "status", admins, 508, "348 No such task id[" + admins + "];"},
-      {&ben, "status", "ben/../ben/kept", 508, "348 No such task id[ben/../ben/kept];"},
-      {&ben, "status", "../x", 503, "98 Invalid task id;342 Invalid task id[../x];"},
+      {&ben, "status", "ben/../ben/x", 508, "348 No such task id[ben/../ben/x];"},
       {&ben, "status", longest, 508, "348 No such task id[" + LogText(longest) + "];"},
       {nullptr, "many", "[]", 502, "271 unknown request;"},
       {&ben, "many", "{}", 502, "277 bad parameters;"},
-      {nullptr, "stop", "ben/kept", 502, "382 unknown request;"},
+      {nullptr, "stop", "ben/x", 502, "382 unknown request;"},
       {&ben, "stop", "abc", 502, "388 Invalid task id[abc];"},
-      {&ben, "stop", nul, 502, "388 Invalid task id[ben/kept?];"},
-      {&ben, "stop", admins, 503, "103 Permission denied;"},
+      {&ada, "stop", "ben/x", 503, "98 Invalid task id;"},
       {&ben, "stop", "ben/1", 508, "399 task id[ben/1] does not exist;"},
       {nullptr, "list", "[]", 502, "440 unknown request;"},
       {&ben, "list", "1", 502, "446 bad parameters;"},
       {&ben, "list", R"(["user","x"])", 503, ""},
-      {&ben, "list", R"(["everyone","admin","user"])", 505, ""},
+      {&ben, "list", R"(["everyone","admin","x"])", 505, ""},
       {&nobody, "list", R"(["user"])", 504, "475 Cannot get task manager;"},
   };
-  Json::Value out;
   for (const auto& row : rows) {
     SCOPED_TRACE(row.word + " " + row.log);
     APIPolling asked(row.request);
-    EXPECT_FALSE(Act(row.word, asked, row.argument, out));
+    EXPECT_FALSE(Act(row.word, asked, row.argument));
     EXPECT_EQ(row.error, asked.GetError());
     EXPECT_EQ(row.log, Logged());
   }
-  EXPECT_EQ(R"({"everyone":null,"user":["ben/kept"]})", ToText(out));
-  EXPECT_TRUE(task.setCreatePid(getpid()) && (g_refuse_signals = true));
-  EXPECT_FALSE(polling.Stop("ben/kept", true) || polling.GetError() != 506);
-  g_refuse_signals = false;
-  EXPECT_EQ("121 Failed to kill " + std::to_string(getpid()) +
-                ", reason=Operation not permitted(1);"
-                "412 send SIGTERM to task id[ben/kept] fail;",
-            Logged());
-  fs::permissions(tasks + "ben", fs::perms::others_all, fs::perm_options::add);
-  EXPECT_FALSE(polling.List("", FromText(R"(["user"])"), out) || polling.GetError() != 504);
 }
 
 TEST_F(Polling, StatusOfManyPassesOverWhatIsNone) {
-  const std::string id = Start("1");
+  const std::string id = Start(Succeed);
   Reap();
   Json::Value ids = FromText(R"(["", "bad", "ben/none", "ada/1", 5, null, {}, ["ben/1"]])");
   ids.append(id);
@@ -243,81 +178,91 @@ TEST_F(Polling, StatusOfManyPassesOverWhatIsNone) {
   EXPECT_TRUE(log.Has("APIPolling:292 Invalid task id[5]") && polling.GetError() == 500);
 }
 
-TEST_F(Polling, IdsAreSplitAndJoined) {
+TEST_F(Polling, IdsAreJoined) {
   APIPollingPrivate rules(&ben, nullptr);
-  const char* const splits[][3] = {
-      {"bob/abc", "bob", "abc"}, {"a/b/c", "a", "b/c"}, {"abc", "", ""}, {"a/", "a", ""}};
-  for (const auto& row : splits) {
-    std::string user;
-    std::string id;
-    EXPECT_EQ(*row[1] != '\0', rules.GetUserAndTaskID(row[0], user, id)) << row[0];
-    EXPECT_TRUE(user == row[1] && id == row[2]) << row[0];
-  }
-  const std::pair<const char*, const char*> joins[] = {{R"(["1","2"])", R"(["bob/1","bob/2"])"},
-                                                       {R"({"a":"1"})", R"({"a":"bob/1"})"},
-                                                       {R"("1")", R"("bob/1")"},
-                                                       {"[]", "null"},
-                                                       {R"("")", "null"},
-                                                       {"5", "null"}};
-  for (const auto& [ids, joined] : joins) {
+  const std::pair<const char*, const char*> rows[] = {{R"(["1","2"])", R"(["bob/1","bob/2"])"},
+                                                      {R"({"a":"1"})", R"({"a":"bob/1"})"},
+                                                      {R"("1")", R"("bob/1")"},
+                                                      {"[]", "null"},
+                                                      {R"("")", "null"},
+                                                      {"5", "null"}};
+  for (const auto& [ids, joined] : rows) {
     EXPECT_EQ(joined, ToText(rules.ConverToFullTaskId("bob", FromText(ids)))) << ids;
     EXPECT_EQ("null", ToText(rules.ConverToFullTaskId("", FromText(ids)))) << ids;
   }
 }
 
 TEST_F(Polling, StartReturnsWithTheFirstResultOrTheEnd) {
-  const char* const rows[][2] = {
-      {"1", R"({"data":1,"success":true})"},
-      {"17", R"({"error":{"code":7,"errors":"x"},"success":false})"},
-      {"1t", R"({"data":1,"success":true})"},
-      {"t", R"({"error":{"code":117},"success":false})"},
-      {"", "{}"},
-      {"k", "{}"},
-      {"s", "{}"},
+  const std::pair<Work, const char*> rows[] = {
+      {[](auto*, auto* to, void*) {
+         to->SetSuccess(1);
+         to->SetError(7);
+       },
+       R"({"error":{"code":7},"success":false})"},
+      {[](auto*, auto* to, void*) {
+         to->SetSuccess(1);
+         throw 5;
+       },
+       R"({"data":1,"success":true})"},
+      {[](auto*, auto*, void*) { throw 5; }, R"({"error":{"code":117},"success":false})"},
+      {[](auto*, auto*, void*) {}, "{}"},
+      {[](auto*, auto*, void*) { raise(SIGKILL); }, "{}"},
+      {[](auto*, auto*, void*) { raise(SIGSEGV); }, "{}"},
   };
   const std::time_t begin = std::time(nullptr);
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row[0]);
-    const std::string id = Start(row[0]);
-    Reap();
-    Json::Value body = Status(id);
-    EXPECT_TRUE(body["finish"].asBool());
-    for (const char* added : {"finish", "auto_remove", "info"}) {
-      body.removeMember(added);
+  for (const bool goes : {true, false}) {
+    polling.SetRemoveAttr(goes);
+    for (const auto& [work, expected] : rows) {
+      SCOPED_TRACE(expected);
+      const std::string id = Start(work);
+      Reap();
+      Json::Value body = Status(id);
+      EXPECT_TRUE(body["finish"].asBool() && body["auto_remove"] == goes);
+      for (const char* added : {"finish", "auto_remove", "info"}) {
+        body.removeMember(added);
+      }
+      EXPECT_EQ(expected, ToText(body));
     }
-    EXPECT_EQ(row[1], ToText(body));
   }
   EXPECT_GT(50, std::time(nullptr) - begin);
 }
 
-TEST_F(Polling, TheWorkSharesNothingWithItsStarter) {
+TEST_F(Polling, TheWorkHasASessionAndAnEndOfItsOwn) {
   static std::string mark;
   static pid_t starter;
   mark = std::string(std::getenv("WEBAPI_ROOT")) + "/exit-handler";
   starter = getpid();
   std::atexit([] { getpid() == starter || std::ofstream(mark); });
-  const std::string path = std::string(std::getenv("WEBAPI_ROOT")) + "/output";
-  std::FILE* const output = std::fopen(path.c_str(), "w");
-  std::fputs("once", output);
-  const std::string id = Start("u");
-  EXPECT_EQ(id, Status(id)["data"].asString());
-  EXPECT_TRUE(Status(Start("l"))["data"].asBool()) << "a session of its own";
+  polling.SetRemoveAttr(false);
+  const std::string id = Start([](APIRequest* request, APIResponse* to, void*) {
+    to->SetSuccess(getsid(0) == getpid() ? request->GetPollingTaskId() : "");
+  });
   EXPECT_EQ(0, Reap());
-  std::fclose(output);
+  EXPECT_EQ(id, Status(id)["data"].asString());
   EXPECT_FALSE(fs::exists(mark) || ben.IsPollingTask());
-  EXPECT_EQ(4U, fs::file_size(path));
+  std::ifstream record(tasks + id + ".json");
+  const std::string stored{std::istreambuf_iterator<char>(record), {}};
+  EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
 }
 
-TEST_F(Polling, StopEndsTheProcessAndMarksTheTask) {
-  for (const char* steps : {"pw", "ipw"}) {
-    const std::string id = Start(steps);
-    const pid_t pid = Status(id)["data"].asInt();
-    EXPECT_FALSE(Status(id)["finish"].asBool());
-    EXPECT_TRUE(polling.Stop(id, false) && Status(id)["finish"].asBool());
-    EXPECT_EQ(0, kill(pid, *steps == 'i' ? SIGKILL : 0)) << "ended and not waited for, or not";
-    EXPECT_EQ(*steps == 'i' ? SIGKILL : SIGTERM, Reap());
-    EXPECT_TRUE(polling.Stop(id, true)) << "gone already";
-  }
+TEST_F(Polling, StopMarksATaskThatIgnoresIt) {
+  const std::string id = Start([](auto*, APIResponse* to, void*) {
+    signal(SIGTERM, SIG_IGN);
+    to->SetSuccess(getpid());
+    pause();
+  });
+  EXPECT_TRUE(!Status(id)["finish"].asBool() && polling.Stop(id, false));
+  EXPECT_TRUE(Status(id)["finish"].asBool());
+  const pid_t pid = Status(id)["data"].asInt();
+  EXPECT_EQ(0, kill(pid, SIGKILL));
+  EXPECT_EQ(SIGKILL, Reap());
+  APIPollingPrivate rules(&ben, nullptr);
+  EXPECT_TRUE(rules.DoKill(pid) && !rules.DoKill(0));
+  EXPECT_EQ("117 invalid process id;", Logged());
+  EXPECT_TRUE(polling.Stop(id, true)) << "gone already";
+  fs::permissions(tasks + "ben", fs::perms::others_all, fs::perm_options::add);
+  EXPECT_FALSE(polling.Stop(id, true) || polling.GetError() != 501);
+  EXPECT_TRUE(log.Has("APIPolling:418 set task id[" + id + "] to finish fail"));
 }
 
 TEST_F(Polling, ProgressIsToldNowAndThen) {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace ORBO {
 namespace {
@@ -28,12 +29,44 @@ bool Concerns(const inotify_event& notice, const char* name, const std::string& 
          (notice.len > 0 && file == name);
 }
 
+// The kernel takes 5 to 20 ms to close what notices come from, and the answer to a
+// request would wait for it.  So the process keeps one for its next watch until its end.
+struct Spare {
+  int notices = -1;
+  pid_t process = 0;  // a child's copy would share its notices with the parent
+};
+Spare spare;
+
+int OpenNotices() {
+  if (spare.notices >= 0 && spare.process == getpid()) {
+    return std::exchange(spare.notices, -1);
+  }
+  return inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+}
+
+void CloseNotices(int notices) {
+  if (spare.notices >= 0 && spare.process == getpid()) {
+    close(notices);
+  } else {
+    spare = {notices, getpid()};
+  }
+}
+
 }  // namespace
 
 TaskWatch::TaskWatch(const std::string& directory, const std::string& file)
-    : file_(file), notices_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)), process_(-1) {
-  if (notices_.IsOpen() && inotify_add_watch(notices_.get(), directory.c_str(), kEvents) < 0) {
+    : file_(file), notices_(OpenNotices()), process_(-1) {
+  watch_ = notices_.IsOpen() ? inotify_add_watch(notices_.get(), directory.c_str(), kEvents) : -1;
+  if (watch_ < 0) {
     notices_.Reset(-1);
+  }
+}
+
+TaskWatch::~TaskWatch() {
+  if (notices_.IsOpen()) {
+    inotify_rm_watch(notices_.get(), watch_);
+    TakeNotices();
+    CloseNotices(notices_.Release());
   }
 }
 

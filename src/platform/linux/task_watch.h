@@ -23,6 +23,10 @@ class TaskWatch {
   // Watches the file `file` of `directory`.  Where the system refuses that the waiting
   // ends every 50 ms.
   TaskWatch(const std::string& directory, const std::string& file);
+  ~TaskWatch();
+  // Not copyable: each has its notices to itself.
+  TaskWatch(const TaskWatch&) = delete;
+  TaskWatch& operator=(const TaskWatch&) = delete;
 
   // Waits for the end of `process` too; for one that is not known, or where the system
   // refuses that, the waiting ends every 500 ms.
@@ -34,6 +38,7 @@ class TaskWatch {
 
   std::string file_;
   Descriptor notices_;
+  int watch_ = -1;
   Descriptor process_;
   ProcessIdentity followed_;
 };

@@ -163,14 +163,14 @@ void Touch(APIRequest* request, APIResponse* response) {
   response->SetSuccess(ORBO::APIAuth::UpdateTimeout(request));
 }
 
-// Lasts until the file "go" is in the root directory, or that is gone.
+// Lasts until the file "go" is in the root directory, or that is being removed.
 void WaitForGo(APIRequest* request, APIResponse* response, void*) {
   const std::string root = Variable("WEBAPI_ROOT");
   Json::Value data(Json::objectValue);
   data["pid"] = getpid();
   ORBO::APIPolling(request).WriteLog("waiting\n");
   response->SetSuccess(data);
-  while (access((root + "/go").c_str(), F_OK) != 0 && access(root.c_str(), F_OK) == 0) {
+  while (access((root + "/go").c_str(), F_OK) != 0 && access((root + "/usr").c_str(), F_OK) == 0) {
     usleep(5000);
   }
   data["over"] = true;

@@ -67,7 +67,8 @@ class WEBAPI_EXPORT APIPolling {
   // Whether the record goes some time after the end; true by default.
   bool SetRemoveAttr(bool auto_remove);
   // Whether the request's parameters are left out of the record; false by default.
-  // Set it where they hold secrets: whoever sees the task sees them.
+  // Set it where they hold secrets: whoever sees the task sees them, but for the
+  // credentials "_sid" and "tid", which the record never holds.
   bool SetRemoveParam(bool auto_remove_params);
 
   // --- Starting ---

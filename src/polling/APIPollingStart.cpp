@@ -96,7 +96,8 @@ Json::Value APIPollingPrivate::TaskInfo() {
   info["method"] = request_->GetAPIMethod();
   if (!JSON::AsBool(GetData("polling_attribute", "auto_remove_params", Json::Value(false)))) {
     Json::Value param = request_->GetParam("", Json::Value(Json::objectValue));
-    for (const char* name : {"api", "version", "method"}) {
+    // Nor what shows who calls: a task may be shared with people who must not know it.
+    for (const char* name : {"api", "version", "method", "_sid", "tid"}) {
       JSON::Remove(param, name);
     }
     info["param"].swap(param);

@@ -29,7 +29,7 @@ using Work = void (*)(APIRequest*, APIResponse*, void*);
 
 Json::Value Request(const std::string& user, const std::string& is_admin) {
   return FromText(
-      R"({"getParam":{"api":"A.B","version":3,"method":"m","p":[1]},"session":{"username":")" +
+      R"({"getParam":{"api":"A.B","version":3,"method":"m","p":[1],"_sid":"s","tid":"t"},"session":{"username":")" +
       user + R"(","isAdmin":)" + is_admin + "}}");
 }
 
@@ -253,8 +253,12 @@ TEST_F(Polling, StopMarksATaskThatIgnoresIt) {
   });
   EXPECT_TRUE(!Status(id)["finish"].asBool() && polling.Stop(id, false));
   EXPECT_TRUE(Status(id)["finish"].asBool());
-  EXPECT_EQ(0, kill(Status(id)["data"].asInt(), SIGKILL));
+  const pid_t pid = Status(id)["data"].asInt();
+  EXPECT_EQ(0, kill(pid, SIGKILL));
   EXPECT_EQ(SIGKILL, Reap());
+  APIPollingPrivate rules(&ben, nullptr);
+  EXPECT_TRUE(rules.DoKill(pid) && !rules.DoKill(0));
+  EXPECT_EQ("117 invalid process id;", Logged());
   EXPECT_TRUE(polling.Stop(id, true)) << "gone already";
   fs::permissions(tasks + "ben", fs::perms::others_all, fs::perm_options::add);
   EXPECT_FALSE(polling.Stop(id, true) || polling.GetError() != 501);

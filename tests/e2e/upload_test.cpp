@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "server_test.h"
@@ -142,6 +143,37 @@ TEST_P(Uploads, LeaveNothingBehind) {
   send(connection, file.data(), file.size(), MSG_NOSIGNAL);
   EXPECT_TRUE(WaitUntil([this] { return Stored() == 1; }, std::chrono::seconds(10)));
   close(connection);
+}
+
+// By itself (label "large"): each server takes some seconds and 4 GiB of the disk.
+class LargeUploads : public Uploads {};
+E2E_UNDER_EVERY_SERVER(LargeUploads);
+
+TEST_P(LargeUploads, OfMoreThan4GiBNeedLittleMemory) {
+  constexpr std::uint64_t kSize = (std::uint64_t{4} << 30) + 1;
+  ASSERT_GT(std::filesystem::space(Volume()).available, kSize + (std::uint64_t{1} << 30))
+      << "this test needs 5 GiB of free space in " << Volume();
+  const std::string head = "--b\r\nContent-Disposition: form-data; name=file; filename=x\r\n\r\n";
+  const std::string end = std::string("\r\n") + kEnd;
+  const std::string block(1 << 20, '\r');
+  const int connection = Begin("large", head.size() + kSize + end.size());
+  send(connection, head.data(), head.size(), MSG_NOSIGNAL);
+  for (std::uint64_t left = kSize; left > 0;) {
+    const ssize_t sent =
+        send(connection, block.data(),
+             static_cast<std::size_t>(std::min<std::uint64_t>(left, block.size())), MSG_NOSIGNAL);
+    ASSERT_GT(sent, 0);
+    left -= static_cast<std::uint64_t>(sent);
+  }
+  send(connection, end.data(), end.size(), MSG_NOSIGNAL);
+  std::string answer;
+  char buffer[4096];
+  for (ssize_t count; (count = recv(connection, buffer, sizeof buffer, 0)) > 0;) {
+    answer.append(buffer, static_cast<std::size_t>(count));
+  }
+  close(connection);
+  EXPECT_EQ(answer.substr(std::min(answer.size(), answer.find("\r\n\r\n") + 4)),
+            Success(R"({"size":4294967297,"small":true,"stored":true})"));
 }
 
 }  // namespace

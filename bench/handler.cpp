@@ -1,6 +1,7 @@
 // The handlers of the measured calls: one parameter and one small answer, and tasks
 // that do next to nothing.
 
+#include <webapi/APIDownload.h>
 #include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
@@ -82,6 +83,16 @@ void StartUpdates(APIRequest* request, APIResponse* response) {
   APIPolling(request).Start(response, Update, nullptr);
 }
 
+// Answers with the file "path"; by send-file where the server
+// offers it, unless "inline" is given.
+void Fetch(APIRequest* request, APIResponse* response) {
+  ORBO::APIDownload download(response);
+  if (request->HasParam("inline")) {
+    download.SetXSendFileDisabled();
+  }
+  download.Output(request->GetParam("path", "").asString());
+}
+
 ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Small.Last", 1, "echo", Echo},
     {"ORBO.Large.Last", 1, "echo", Echo},
@@ -90,6 +101,7 @@ ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Login.Last", 1, "method2", Status},
     {"ORBO.Login.Last", 1, "method3", StartUpdates},
     {"ORBO.Login.Last", 1, "method4", StartStamped},
+    {"ORBO.Download", 1, "fetch", Fetch},
     {nullptr, 0, nullptr, nullptr},
 };
 

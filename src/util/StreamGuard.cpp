@@ -1,9 +1,14 @@
 #include "util/StreamGuard.h"
 
 namespace ORBO {
+namespace {
+
+const StreamGuard* innermost = nullptr;
+
+}  // namespace
 
 StreamGuard::StreamGuard(std::ios& stream, std::ios::openmode mode)
-    : outer_(innermost_),
+    : outer_(innermost),
       stream_(stream),
       previous_state_(stream.rdstate()),
       previous_exceptions_(stream.exceptions()) {
@@ -11,11 +16,11 @@ StreamGuard::StreamGuard(std::ios& stream, std::ios::openmode mode)
   stream_.exceptions(std::ios::goodbit);
   null_.open("/dev/null", (mode & std::ios::out) != 0 ? mode | std::ios::trunc : mode);
   previous_buffer_ = stream_.rdbuf(&null_);
-  innermost_ = this;
+  innermost = this;
 }
 
 StreamGuard::~StreamGuard() {
-  innermost_ = outer_;
+  innermost = outer_;
   null_.close();
   // Nor may a stream that a handler made throw on errors do so here.
   stream_.exceptions(std::ios::goodbit);
@@ -27,7 +32,7 @@ StreamGuard::~StreamGuard() {
 }
 
 bool StreamGuard::IsSwitched(const std::ios& stream) {
-  const StreamGuard* guard = innermost_;
+  const StreamGuard* guard = innermost;
   while (guard != nullptr && &guard->stream_ != &stream) {
     guard = guard->outer_;
   }

@@ -22,9 +22,7 @@ class StreamGuard {
   static bool IsSwitched(const std::ios& stream);
 
  private:
-  static inline StreamGuard* innermost_ = nullptr;
-
-  StreamGuard* const outer_;  // guards nest; not owned
+  const StreamGuard* const outer_;  // guards nest; not owned
   std::ios& stream_;
   std::ios::iostate previous_state_;
   std::ios::iostate previous_exceptions_;

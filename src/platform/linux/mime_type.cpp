@@ -37,6 +37,7 @@ constexpr Type kTypes[] = {
     {"json", "application/json"},
     {"log", "text/plain"},
     {"m4a", "audio/mp4"},
+    {"md", "text/markdown"},
     {"mkv", "video/x-matroska"},
     {"mov", "video/quicktime"},
     {"mp3", "audio/mpeg"},

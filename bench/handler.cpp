@@ -7,6 +7,8 @@
 #include <webapi/APITable.h>
 
 #include <chrono>
+#include <fstream>
+#include <string>
 
 namespace {
 
@@ -82,6 +84,18 @@ void StartUpdates(APIRequest* request, APIResponse* response) {
   APIPolling(request).Start(response, Update, nullptr);
 }
 
+// The peak of this process's memory in KiB.
+void Memory(APIRequest*, APIResponse* response) {
+  Json::Value data(Json::objectValue);
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmHWM:", 0) == 0) {
+      data["kibibytes"] = std::stoi(line.substr(6));
+    }
+  }
+  response->SetSuccess(data);
+}
+
 ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Small.Last", 1, "echo", Echo},
     {"ORBO.Large.Last", 1, "echo", Echo},
@@ -90,6 +104,8 @@ ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Login.Last", 1, "method2", Status},
     {"ORBO.Login.Last", 1, "method3", StartUpdates},
     {"ORBO.Login.Last", 1, "method4", StartStamped},
+    {"ORBO.Transfer", 1, "memory", Memory},
+    {"ORBO.Transfer", 1, "upload", Memory},
     {nullptr, 0, nullptr, nullptr},
 };
 

@@ -140,13 +140,18 @@ bool WebServer::RunsPrograms() const {
   return false;
 }
 
-HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after) const {
-  const auto start = std::chrono::steady_clock::now();
+int WebServer::Connect() const {
   const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const timeval limit{30, 0};
   setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
   const sockaddr_in address = LoopbackAddress(port_);
   connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  return connection;
+}
+
+HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after) const {
+  const auto start = std::chrono::steady_clock::now();
+  const int connection = Connect();
   // Apart, since a server that has answered already need not read the rest.
   std::thread sender([&request, connection, after] {
     send(connection, request.data(), request.size(), MSG_NOSIGNAL);

@@ -51,6 +51,8 @@ class WebServer {
   // client that hangs up sends nothing more and says so, yet reads on.
   HttpResponse SendRaw(const std::string& request,
                        AfterRequest after = AfterRequest::kListen) const;
+  // A connection of which the caller makes what it will, and closes it.
+  int Connect() const;
   // Whether a program of this server's web-API directory runs.
   bool RunsPrograms() const;
 

@@ -126,15 +126,15 @@ int APIDownloadPrivate::Answer(Writer write) {
   PrintHeader();
   const std::size_t header_size = held.text().size();
   const int result = write();
-  if (result < 0) {
+  // An outputer that has written something has begun an answer, whatever it says.
+  if (result < 0 && held.text().size() == header_size) {
     if (!replaced_type.empty()) {
       SetHeader(kContentTypeHeader, replaced_type);
     }
-    // An outputer that has written something has begun an answer, whatever it says.
-    if (held.text().size() == header_size) {
-      held.Discard();
-    }
-  } else if (response_ != nullptr) {
+    return result;
+  }
+  held.Pass();
+  if (response_ != nullptr) {
     // A body after the file would be read as the beginning of the next answer where the
     // client keeps the connection.
     response_->SetEnableOutput(false);

@@ -11,9 +11,6 @@ HeldOutput::HeldOutput(std::ostream& stream)
 }
 
 HeldOutput::~HeldOutput() {
-  if (!PassOn()) {
-    stream_.setstate(std::ios::badbit);
-  }
   const std::ios::iostate state = stream_.rdstate() | previous_state_;
   stream_.rdbuf(previous_buffer_);
   stream_.setstate(state);
@@ -39,9 +36,15 @@ std::streamsize HeldOutput::xsputn(const char* text, std::streamsize size) {
   return size;
 }
 
-int HeldOutput::sync() { return PassOn() && previous_buffer_->pubsync() == 0 ? 0 : -1; }
+int HeldOutput::sync() { return Write() && previous_buffer_->pubsync() == 0 ? 0 : -1; }
 
-bool HeldOutput::PassOn() {
+void HeldOutput::Pass() {
+  if (!Write()) {
+    stream_.setstate(std::ios::badbit);
+  }
+}
+
+bool HeldOutput::Write() {
   const auto size = static_cast<std::streamsize>(text_.size());
   const bool passed = size == 0 || previous_buffer_->sputn(text_.data(), size) == size;
   text_.clear();

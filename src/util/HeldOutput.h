@@ -15,7 +15,7 @@ namespace ORBO {
 class HeldOutput : public std::streambuf {
  public:
   explicit HeldOutput(std::ostream& stream);
-  // Passes on what is still held.
+  // Forgets what is still held.
   ~HeldOutput() override;
 
   HeldOutput(const HeldOutput&) = delete;
@@ -26,8 +26,8 @@ class HeldOutput : public std::streambuf {
   static std::string_view Of(const std::ostream& stream);
 
   std::string_view text() const { return text_; }
-  // Forgets what is held.
-  void Discard() { text_.clear(); }
+  // Passes on what is held.
+  void Pass();
 
  protected:
   int_type overflow(int_type character) override;
@@ -35,7 +35,7 @@ class HeldOutput : public std::streambuf {
   int sync() override;
 
  private:
-  bool PassOn();
+  bool Write();
 
   std::ostream& stream_;
   std::ios::iostate previous_state_;

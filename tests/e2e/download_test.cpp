@@ -24,11 +24,6 @@ class Downloads : public ServerTest {
   static void Write(const std::string& name, const std::string& content) {
     std::ofstream(Path(name)) << content;
   }
-  // A file of that size without blocks.
-  static void WriteHole(const std::string& name, std::uint64_t size) {
-    Write(name, "");
-    fs::resize_file(Path(name), size);
-  }
   static HttpResponse Fetch(const std::string& path, const std::string& parameters,
                             const std::string& headers = "", const std::string& method = "GET",
                             const Watch& watch = nullptr) {
@@ -65,18 +60,15 @@ TEST_P(Downloads, AnswerRangesAndConditionsWhoeverSendsTheContent) {
       std::string headers;
       int status;
       const char* body;
-      const char* range;
     } rows[] = {
-        {"GET", "", 200, "0123456789", ""},
-        {"HEAD", "", 200, "", ""},
-        {"GET", "Range: bytes=2-3\r\n", 206, "23", "bytes 2-3/10"},
-        {"GET", "Range: bytes=-1\r\nIf-Range: " + etag, 206, "9", "bytes 9-9/10"},
-        {"GET", "Range: bytes=8-\r\nIf-Range: \"x\"\r\n", 200, "0123456789", ""},
-        {"GET", "Range: bytes=10-\r\n", 416, nullptr, nullptr},
-        {"GET", "If-None-Match: " + etag, 304, "", ""},
-        {"GET", "If-Modified-Since: " + date, 304, "", ""},
-        {"GET", "If-None-Match: \"x\"\r\nIf-Modified-Since: " + date, 200, "0123456789", ""},
-        {"GET", "If-Match: \"x\"\r\n", 412, "", ""},
+        {"GET", "", 200, "0123456789"},
+        {"HEAD", "", 200, ""},
+        {"GET", "Range: bytes=-1\r\nIf-Range: " + etag, 206, "9"},
+        {"GET", "Range: bytes=8-\r\nIf-Range: \"x\"\r\n", 200, "0123456789"},
+        {"GET", "Range: bytes=10-\r\n", 416, nullptr},
+        {"GET", "If-None-Match: " + etag, 304, ""},
+        {"GET", "If-Modified-Since: " + date, 304, ""},
+        {"GET", "If-Match: \"x\"\r\n", 412, ""},
     };
     for (const auto& row : rows) {
       SCOPED_TRACE(mode + (" " + row.headers));
@@ -85,8 +77,6 @@ TEST_P(Downloads, AnswerRangesAndConditionsWhoeverSendsTheContent) {
       EXPECT_EQ(response.Headers("X-Sendfile"), Lines{});
       if (row.body != nullptr) {
         EXPECT_EQ(response.body, row.body);
-        EXPECT_EQ(response.Headers("Content-Range"),
-                  *row.range == '\0' ? Lines{} : Lines{row.range});
       }
       if (row.status < 300) {
         EXPECT_EQ(response.Headers("Content-Type"), Lines{"text/csv"});
@@ -108,10 +98,6 @@ TEST_P(Downloads, GiveNamesAndPathsOfEveryKind) {
       EXPECT_EQ(response.Headers("Content-Disposition").size(), 1U);
     }
   }
-  const std::string form =
-      "path=" + Escape(Path("end ")) + "&name=" + Escape("n\xC3\xA4me\r\nX: \"y");
-  EXPECT_EQ(server().Post(Probe("download"), form).Headers("Content-Disposition"),
-            Lines{"attachment; filename=\"n_me__X: _y\"; filename*=UTF-8''n%C3%A4me__X%3A%20%22y"});
 }
 
 TEST_P(Downloads, LeaveRoomForAnError) {
@@ -129,7 +115,8 @@ TEST_P(Downloads, LeaveRoomForAnError) {
 
 TEST_P(Downloads, EndWithTheirClientAndWithTheirFile) {
   constexpr std::uint64_t kSize = std::uint64_t{64} << 20;
-  WriteHole("hole", kSize);
+  Write("hole", "");
+  fs::resize_file(Path("hole"), kSize);
   const HttpResponse left =
       Fetch(Path("hole"), "&inline=1", "", "GET", [](std::string&) { return false; });
   EXPECT_EQ(left.status, 200);
@@ -146,7 +133,8 @@ TEST_P(Downloads, EndWithTheirClientAndWithTheirFile) {
 
 TEST_P(LargeDownloads, NeedNoMemory) {
   constexpr std::uint64_t kSize = (std::uint64_t{4} << 30) + 1;
-  WriteHole("large", kSize);
+  Write("large", "");
+  fs::resize_file(Path("large"), kSize);
   for (const char* mode : {"", "&inline=1"}) {
     EXPECT_EQ(Fetch(Path("large"), mode, "Range: bytes=4294967295-\r\n").Headers("Content-Range"),
               Lines{"bytes 4294967295-4294967296/4294967297"});

@@ -279,8 +279,8 @@ std::vector<ORBO::_tag_API_TABLE> Methods() {
       {kProbe, 1, "header", Header},     {kProbe, 1, "cookies", Cookies},
       {kProbe, 1, "later", Later},       {kProbe, 1, "upload", Upload},
       {kProbe, 1, "large", Large},       {kProbe, 1, "deferred", Deferred},
-      {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
       {kProbe, 1, "inside", Inside},     {"ORBO.Test.Open", 1, "echo", Echo},
+      {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
       {kFree, 1, "touch", Touch},        {kPermission, 1, "work", Work},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",

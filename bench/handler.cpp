@@ -1,12 +1,15 @@
 // The handlers of the measured calls: one parameter and one small answer, and tasks
 // that do next to nothing.
 
+#include <webapi/APIDownload.h>
 #include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 #include <webapi/APITable.h>
 
 #include <chrono>
+#include <fstream>
+#include <string>
 
 namespace {
 
@@ -82,6 +85,28 @@ void StartUpdates(APIRequest* request, APIResponse* response) {
   APIPolling(request).Start(response, Update, nullptr);
 }
 
+// The peak of this process's memory in KiB.
+void Memory(APIRequest*, APIResponse* response) {
+  Json::Value data(Json::objectValue);
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmHWM:", 0) == 0) {
+      data["kibibytes"] = std::stoi(line.substr(6));
+    }
+  }
+  response->SetSuccess(data);
+}
+
+// Answers with the file "path"; by send-file where the server
+// offers it, unless "inline" is given.
+void Fetch(APIRequest* request, APIResponse* response) {
+  ORBO::APIDownload download(response);
+  if (request->HasParam("inline")) {
+    download.SetXSendFileDisabled();
+  }
+  download.Output(request->GetParam("path", "").asString());
+}
+
 ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Small.Last", 1, "echo", Echo},
     {"ORBO.Large.Last", 1, "echo", Echo},
@@ -90,6 +115,9 @@ ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Login.Last", 1, "method2", Status},
     {"ORBO.Login.Last", 1, "method3", StartUpdates},
     {"ORBO.Login.Last", 1, "method4", StartStamped},
+    {"ORBO.Transfer", 1, "memory", Memory},
+    {"ORBO.Transfer", 1, "upload", Memory},
+    {"ORBO.Download", 1, "fetch", Fetch},
     {nullptr, 0, nullptr, nullptr},
 };
 

@@ -44,6 +44,9 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
   // as 1.
   bool NeedPermission(APIRequest* request) override;
   bool CheckPermission(APIRequest* request, APIResponse* response) override;
+  // Reads the whole upload into the request's parameters and into files that live as
+  // long as this object, unless the method has "deferUpload".  On failure sets error
+  // 108 with the code of APIUpload::GetUploadAll.
   bool HandleUpload(APIRequest* request, APIResponse* response) override;
   // True when "authLevel" is 2: the check is made and its failure ignored.
   bool SkipPermission(APIRequest* request) override;

@@ -114,15 +114,6 @@ bool WebEntry::InitSessionVariables() {
   return true;
 }
 
-bool WebEntry::HandleUpload(APIRequest* /*request*/, APIResponse* response) {
-  // The platform has no reader for upload bodies: refused, so that no handler
-  // takes an upload that it never saw for an empty one.
-  Json::Value errors(Json::objectValue);
-  errors["upload_err"] = kUploadNotRead;
-  response->SetError(kErrorUpload, errors);
-  return false;
-}
-
 bool WebEntry::ProcessRelay(APIRequest* /*request*/, APIResponse* response) {
   // No relay target can be reached: never served here in the target's place.
   response->SetError(kErrorRelay);

@@ -78,10 +78,6 @@ bool WebEntry::InitPostParam(Json::Value& out) {
   return DetectAndDecryptParamLine(body, out);
 }
 
-bool WebEntry::LoadUploadAPIDesc(Json::Value& /*out*/) {
-  return false;  // the platform has no reader for upload bodies
-}
-
 bool WebEntry::DetectAndDecryptParamLine(const std::string& line, Json::Value& out) {
   std::string plain = line;
   if (OrboCgiDetectAndDecryptParamLine(plain.data()) == 0 ||

@@ -9,9 +9,14 @@
 // The platform's CGI layer: what it knows of the HTTP request that this process
 // serves.
 
+struct QLIBSZHASH;
+
 // The platform's record of one CGI request.  What it holds beyond this is the
 // platform's business.
 struct OrboCgi {
+  // The fields of an upload read so far; null until there are any.  See upload.h.
+  QLIBSZHASH* parameters = nullptr;
+
   // The Cookie header line as the client sent it, and as loaded last.
   std::string client_cookie_line;
   std::string cookie_line;
@@ -43,7 +48,8 @@ struct OrboCgiAuthOptions {
 // holds now is the client's own cookie line.
 void OrboCgiInit(const char* name, OrboCgi* cgi);
 
-// Releases what `*cgi` holds; it may be set up again.
+// Releases what `*cgi` holds; it may be set up again.  With the record of the request
+// that this process serves go the files that its upload left behind.
 void OrboCgiFree(OrboCgi* cgi);
 
 // Reads HTTP_COOKIE from the process environment into `*cgi`, replacing what

@@ -4,6 +4,8 @@
 
 #include <string>
 
+struct QLIBSZHASH;
+
 // Text and JSON utilities of the platform.
 namespace ORBO::WebAPIUtil {
 
@@ -37,5 +39,9 @@ std::string URLEncode(const std::string& text);
 // object, or if the line has more than 4096 pairs or more than 2^18 JSON values
 // in all; `target` is unchanged then.
 bool strPairToJsonObj(const std::string& line, Json::Value& target, bool decode, bool typed);
+
+// Sets each pair of `table` as a string member of the object `target` (null counts as
+// an empty one).  False if `table` is null, `target` no object, or there is no memory.
+bool SzHashToJsonObj(const QLIBSZHASH* table, Json::Value& target);
 
 }  // namespace ORBO::WebAPIUtil

@@ -65,6 +65,11 @@ void APIRequestPrivate::TakeParams(Json::Value& request, const char* member) {
   MergeSection(root_["param"], std::move(*params), false);
 }
 
+void APIRequestPrivate::AddUploadFields(Json::Value fields) {
+  DecryptParam(fields);
+  MergeSection(root_["param"], std::move(fields), false);
+}
+
 void APIRequestPrivate::SetAPIDesc(const Json::Value& params) {
   if (const Json::Value* api = JSON::Find(params, "api")) {
     api_ = JSON::AsString(*api);

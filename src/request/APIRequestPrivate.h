@@ -27,6 +27,9 @@ class APIRequestPrivate : public APIBase {
   // Each takes its argument by value and moves it into the store.
   void InitEnv(Json::Value env);
   void InitParam(Json::Value request, bool reset);
+  // Adds the fields of an upload that come after the call was checked.  Whatever
+  // they are named, the request makes the same call as before.
+  void AddUploadFields(Json::Value fields);
   void InitAPIInfo(Json::Value info);
   // Forgets which call the request makes; parameters set later name it anew.
   void ClearAPIDesc();

@@ -25,7 +25,4 @@ enum ErrorCode : int {
   kErrorNoHandler = 121,  // method missing from the handler's table
 };
 
-// The "upload_err" of error 108 when no file part of the body is known.
-inline constexpr int kUploadNotRead = -8;
-
 }  // namespace ORBO

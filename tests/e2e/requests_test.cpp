@@ -66,21 +66,6 @@ TEST_P(Requests, GetTheDefinedAnswer) {
   EXPECT_EQ(head.Headers("Content-type").size(), 1U);
 }
 
-TEST_P(Requests, UploadsNeedAMethodThatTakesThem) {
-  const std::string part = "--b\r\nContent-Disposition: form-data; name=\"f\"; filename=\"a\"\r\n";
-  auto upload = [&](const std::string& method, const std::string& body) {
-    return server().Send("POST", "/webapi/entry.cgi?" + Probe(method),
-                         {"Content-Type: multipart/form-data; boundary=b"}, part + body);
-  };
-  const HttpResponse refused = upload("echo", "\r\ncontent\r\n--b--\r\n");
-  EXPECT_EQ(refused.body, Failure(115));
-  // Browsers show the answer to an upload form, and may offer JSON for saving.
-  EXPECT_EQ(refused.Headers("Content-type"),
-            std::vector<std::string>{"text/html; charset=\"UTF-8\""});
-  EXPECT_EQ(upload("upload", "\r\ncontent without an end").body,
-            "{\"error\":{\"code\":108,\"errors\":{\"upload_err\":-8}},\"success\":false}\n");
-}
-
 TEST_P(Requests, AreCountedWhereTheOwnerSharesUsageData) {
   namespace fs = std::filesystem;
   const std::string setting = server().root().path() + "/etc/orboinfo.conf";

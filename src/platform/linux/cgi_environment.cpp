@@ -4,6 +4,8 @@
 
 #include "platform/cgi.h"
 #include "platform/linux/cgi_variables.h"
+#include "platform/linux/stored_files.h"
+#include "platform/string_table.h"
 
 namespace {
 
@@ -98,9 +100,11 @@ void OrboCgiFree(OrboCgi* cgi) {
   if (cgi == nullptr) {
     return;
   }
+  QLIBCSzHashFree(cgi->parameters);
   *cgi = OrboCgi();
   if (Served& served = ServedRequest(); served.cgi == cgi) {
     served = {};
+    ORBO::StoredFiles::RemoveAll();
   }
 }
 

@@ -2,13 +2,16 @@
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <webapi/APIAuth.h>
+#include <webapi/APIDownload.h>
 #include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
 #include <webapi/APIRunner.h>
 #include <webapi/APITable.h>
+#include <webapi/APIUpload.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -183,6 +186,86 @@ void Work(APIRequest* request, APIResponse* response) {
   polling.Start(response, WaitForGo, nullptr);
 }
 
+// The parameters as a handler may trust them: stored files by their content.
+Json::Value Received(const Json::Value& params) {
+  Json::Value data(Json::objectValue);
+  for (const std::string& name : params.getMemberNames()) {
+    const std::string text = params[name].asString();
+    if (!ORBO::APIUpload::IsStoredFile(text)) {
+      data[name] = text;
+      continue;
+    }
+    std::ostringstream content;
+    content << std::ifstream(text, std::ios::binary).rdbuf();
+    data[name] = "file " + content.str();
+  }
+  return data;
+}
+
+// The peak of this process's memory in KiB.
+long PeakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmHWM:", 0) == 0) {
+      return std::strtol(line.c_str() + 6, nullptr, 10);
+    }
+  }
+  return -1;
+}
+
+void Upload(APIRequest* request, APIResponse* response) {
+  if (TextParam(request, "crash") != "") {
+    std::abort();
+  }
+  Json::Value data = Received(request->GetParam("", Json::Value(Json::objectValue)));
+  data["call"] = request->GetAPIClass() + "." + request->GetAPIMethod();
+  response->SetSuccess(data);
+}
+
+// Takes an upload apart itself, in as many steps as it has files.
+void Deferred(APIRequest* request, APIResponse* response) {
+  ORBO::APIUpload upload(request);
+  Json::Value steps(Json::arrayValue);
+  Json::Value params(Json::objectValue);
+  int result = upload.GetUploadFile(params);
+  if (TextParam(request, "all") != "") {
+    result = upload.GetUploadAll(params, nullptr);
+  } else if (result == -8) {
+    result = upload.GetUploadParam(params);
+    for (; result == 1; result = upload.GetUploadFile(params)) {
+      steps.append(Received(params));
+    }
+  }
+  Json::Value data = Received(params);
+  data["steps"] = steps;
+  data["result"] = result;
+  response->SetSuccess(data);
+}
+
+// One file of any size.
+void Large(APIRequest* request, APIResponse* response) {
+  const std::string path = TextParam(request, "file");
+  struct stat status = {};
+  Json::Value data(Json::objectValue);
+  data["stored"] = ORBO::APIUpload::IsStoredFile(path) && stat(path.c_str(), &status) == 0;
+  data["size"] = static_cast<Json::Int64>(status.st_size);
+  data["small"] = PeakMemory() < 16 * 1024;
+  response->SetSuccess(data);
+}
+
+// Answers with the file "path", or tells the failure.
+void Download(APIRequest* request, APIResponse* response) {
+  ORBO::APIDownload download(response);
+  if (request->HasParam("inline")) {
+    download.SetXSendFileDisabled();
+  }
+  download.SetAttachment(TextParam(request, "name"));
+  const int result = download.Output(TextParam(request, "path"));
+  if (result < 0) {
+    response->SetError(1000, result);
+  }
+}
+
 constexpr char kProbe[] = "ORBO.Test.Probe";
 constexpr char kPermission[] = "ORBO.Test.Permission";
 constexpr char kFree[] = "ORBO.Test.Permission.Free";
@@ -190,13 +273,15 @@ constexpr char kPrivileged[] = "ORBO.Test.Permission.Privileged";
 
 std::vector<ORBO::_tag_API_TABLE> Methods() {
   std::vector<ORBO::_tag_API_TABLE> rows = {
-      {kProbe, 1, "echo", Echo},       {kProbe, 1, "facts", Facts},
-      {kProbe, 1, "trusted", Trusted}, {kProbe, 1, "throws", Throws},
-      {kProbe, 1, "noise", Noise},     {kProbe, 1, "redirect", Redirect},
-      {kProbe, 1, "header", Header},   {kProbe, 1, "cookies", Cookies},
-      {kProbe, 1, "later", Later},     {kProbe, 1, "upload", Echo},
-      {kProbe, 1, "inside", Inside},   {"ORBO.Test.Open", 1, "echo", Echo},
-      {kFree, 1, "touch", Touch},      {kPermission, 1, "work", Work},
+      {kProbe, 1, "echo", Echo},         {kProbe, 1, "facts", Facts},
+      {kProbe, 1, "trusted", Trusted},   {kProbe, 1, "throws", Throws},
+      {kProbe, 1, "noise", Noise},       {kProbe, 1, "redirect", Redirect},
+      {kProbe, 1, "header", Header},     {kProbe, 1, "cookies", Cookies},
+      {kProbe, 1, "later", Later},       {kProbe, 1, "upload", Upload},
+      {kProbe, 1, "large", Large},       {kProbe, 1, "deferred", Deferred},
+      {kProbe, 1, "inside", Inside},     {"ORBO.Test.Open", 1, "echo", Echo},
+      {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
+      {kFree, 1, "touch", Touch},        {kPermission, 1, "work", Work},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
                              "normal.local", "normal.domain", "normal.ldap"}) {

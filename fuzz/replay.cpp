@@ -1,0 +1,28 @@
+// Runs a fuzz target over the files of the directories that are named.
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "util/read_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+int main(int argc, char** argv) {
+  int count = 0;
+  for (int i = 1; i < argc; ++i) {
+    for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
+      std::string text;
+      if (!ORBO::ReadWholeFile(entry.path(), text)) {
+        std::fprintf(stderr, "cannot read %s\n", entry.path().c_str());
+        return 1;
+      }
+      std::printf("%s\n", entry.path().c_str());
+      std::fflush(stdout);
+      LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+      ++count;
+    }
+  }
+  return count > 0 ? 0 : 1;
+}

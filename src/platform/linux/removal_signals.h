@@ -1,0 +1,13 @@
+#pragma once
+
+namespace ORBO {
+
+// From now on `remove` is called, and the earlier disposition restored and followed,
+// when a signal comes that would end the process.  Signals that are ignored stay so.
+// `remove` may make system calls only.
+void TakeSignals(void (*remove)());
+
+// Restores the dispositions that TakeSignals changed and nobody since.
+void GiveSignalsBack();
+
+}  // namespace ORBO

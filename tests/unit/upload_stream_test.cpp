@@ -1,0 +1,378 @@
+#include "platform/linux/upload_stream.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "platform/linux/multipart_header.h"
+#include "platform/linux/stored_file.h"
+#include "platform/linux/stored_files.h"
+#include "unit/WebAPIDirectory.h"
+#include "util/read_file.h"
+
+namespace ORBO {
+namespace {
+
+constexpr char kType[] = "multipart/form-data; boundary=b0";
+constexpr char kEnd[] = "\r\n--b0--\r\n";
+
+std::string Part(const std::string& disposition, const std::string& content) {
+  return "\r\n--b0\r\nContent-Disposition: form-data; " + disposition + "\r\n\r\n" + content;
+}
+std::string Field(const std::string& name, const std::string& text) {
+  return Part("name=\"" + name + "\"", text);
+}
+std::string File(const std::string& name, const std::string& file, const std::string& content) {
+  return Part("name=\"" + name + "\"; filename=\"" + file + "\"", content);
+}
+
+class Upload : public ::testing::Test {
+ protected:
+  // The result of a whole upload of `body`, then the fields and the contents of the
+  // files.  It arrives in pieces of `chunk` bytes, which must fit the read-ahead, or
+  // with 0 as a stream.
+  static std::string Load(const std::string& body, const std::string& length, std::size_t chunk = 0,
+                          const std::string& type = kType) {
+    int ends[2];
+    EXPECT_EQ(0, socketpair(AF_UNIX, chunk == 0 ? SOCK_STREAM : SOCK_SEQPACKET, 0, ends));
+    std::thread sender([&] {
+      const std::size_t piece = chunk == 0 ? body.size() : chunk;
+      for (std::size_t at = 0; at < body.size(); at += piece) {
+        send(ends[0], body.data() + at, std::min(piece, body.size() - at), MSG_NOSIGNAL);
+      }
+      close(ends[0]);
+    });
+    UploadStream stream(ends[1], type, length);
+    QLIBSZHASH fields;
+    QLIBSZHASH paths;
+    std::string text = std::to_string(stream.ReadAll(".", fields, paths));
+    close(ends[1]);
+    sender.join();
+    for (const auto& [name, value] : fields.pairs) {
+      text += " " + name + "=" + value;
+    }
+    for (const auto& [name, path] : paths.pairs) {
+      std::string content;
+      EXPECT_TRUE(ReadWholeFile(path, content));
+      text += " " + name + ":" + content;
+    }
+    EXPECT_EQ(static_cast<long>(paths.pairs.size()), Files());
+    StoredFiles::RemoveAll();
+    EXPECT_EQ(0, Files());
+    return text;
+  }
+  static std::string Load(const std::string& body) {
+    return Load(body, std::to_string(body.size()));
+  }
+  static long Files() { return std::distance(std::filesystem::directory_iterator("."), {}); }
+
+ private:
+  WebAPIDirectory directory_;
+};
+
+TEST(MultipartBoundary, OneToSeventyLegalCharactersNamedOnce) {
+  const std::string longest(70, 'x');
+  const struct {
+    std::string type;
+    std::string boundary;
+  } rows[] = {
+      {"multipart/form-data; boundary=a", "a"},
+      {"Multipart/Form-Data;charset=x;BOUNDARY=\"a b'()+_,-./:=?c\" ;", "a b'()+_,-./:=?c"},
+      {"multipart/form-data; boundary=----=_Part_1/2 ", "----=_Part_1/2"},
+      {"multipart/form-data; boundary=" + longest, longest},
+      {"multipart/form-data; boundary=x" + longest, ""},
+      {"multipart/form-data; boundary=", ""},
+      {"multipart/form-data; boundary=\"\"", ""},
+      {"multipart/form-data; boundary=\"a \"", ""},
+      {"multipart/form-data; boundary=\"a", ""},
+      {"multipart/form-data; boundary=a b", ""},
+      {"multipart/form-data; boundary=a\tb", ""},
+      {"multipart/form-data; boundary=\"a\"b", ""},
+      {"multipart/form-data; boundary=a&b", ""},
+      {"multipart/form-data; boundary=a; boundary=b", ""},
+      {"multipart/form-data", ""},
+      {"multipart/mixed; boundary=a", ""},
+      {"text/plain; x=multipart/form-data; boundary=a", ""},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.boundary, MultipartBoundary(row.type)) << row.type;
+  }
+}
+
+TEST(PartHeader, NamesTheFieldAndTheFile) {
+  const struct {
+    const char* disposition;
+    const char* expected;  // name and file name, or null
+  } rows[] = {
+      {"form-data; name=\"a\"", "a"},
+      {"FORM-DATA ; NAME=a;", "a"},
+      {"form-data; name=\"\"", ""},
+      {"form-data; name=\"a;b=c\"; filename=\"x;y.txt\"", "a;b=c|x;y.txt"},
+      {"form-data; name=a; filename=\"\"", "a|"},
+      {"form-data; name=a; filename=x.txt", "a|x.txt"},
+      {R"(form-data; name="a\"b\\c"; filename="say \"hi\".txt")", R"(a"b\c|say "hi".txt)"},
+      {"form-data; name=\"a%22b%0D%0A\"; filename=\"%22x%22\"", "a\"b%0D%0A|\"x\""},
+      {R"(form-data; name=a; filename="C:\temp\new.txt")", "a|new.txt"},
+      {"form-data; name=a; filename=\"../../etc/passwd\"", "a|passwd"},
+      {"form-data; name=a; filename=\"x/..\"", "a|"},
+      {"form-data; name=a; filename=\".\"", "a|"},
+      {"form-data; name=a; filename=\"\xC3\xA4.txt\"", "a|\xC3\xA4.txt"},
+      {"form-data; name=a; filename=\"f\"; filename*=UTF-8'de'%C3%A4%2fb%20c", "a|b c"},
+      {"form-data; name=a; filename*=utf-8''%E2%82%AC.txt", "a|\xE2\x82\xAC.txt"},
+      {"form-data; name=a; filename*=utf-8''%C0%AFx", nullptr},
+      {"form-data; name=a; filename*=utf-8''%00", nullptr},
+      {"form-data; name=a; filename*=utf-16''x", nullptr},
+      {"form-data; name=a; filename*=x", nullptr},
+      {"form-data; name=a; name=b", nullptr},
+      {"form-data; name=\"a", nullptr},
+      {"form-data; name=\"a\"x", nullptr},
+      {"form-data; name=\"a\x01\"", nullptr},
+      {"form-data; filename=x", nullptr},
+      {"form-data; name", nullptr},
+      {"attachment; name=a", nullptr},
+  };
+  for (const auto& row : rows) {
+    PartHeader header;
+    const bool is_read =
+        ParsePartHeader("Content-Disposition: " + std::string(row.disposition) + "\r\n", header);
+    EXPECT_EQ(row.expected != nullptr, is_read) << row.disposition;
+    if (is_read && row.expected != nullptr) {
+      EXPECT_EQ(row.expected, header.name + (header.file_name ? "|" + *header.file_name : ""));
+    }
+  }
+}
+
+TEST(PartHeader, LinesOfTheOneForm) {
+  const std::string disposition = "content-disposition: form-data; name=a\r\n";
+  std::string most;
+  for (int i = 0; i < 31; ++i) {
+    most += "X: 1\r\n";
+  }
+  const struct {
+    std::string lines;
+    bool is_read;
+  } rows[] = {
+      {most + disposition, true},
+      {most + "X: 1\r\n" + disposition, false},
+      {"Content-Disposition: form-data;\r\n\tname=a\r\nContent-Type: text/plain\r\n", true},
+      {disposition + disposition, false},
+      {disposition + "no colon\r\n", false},
+      {disposition + ": no name\r\n", false},
+      {disposition + "X : 1\r\n", false},
+      {disposition + "X: 1\nY: 2\r\n", false},
+      {disposition + "X: 1\rY\r\n", false},
+      {disposition + std::string("X: \0\r\n", 6), false},
+      {" " + disposition, false},
+      {"Content-Type: text/plain\r\n", false},
+      {"", false},
+  };
+  for (const auto& row : rows) {
+    PartHeader header;
+    EXPECT_EQ(row.is_read, ParsePartHeader(row.lines, header)) << row.lines;
+  }
+}
+
+TEST_F(Upload, FieldsAndFiles) {
+  const struct {
+    std::string body;
+    std::string expected;
+  } rows[] = {
+      {"--b0--", "1"},
+      {"preamble" + Field("a", "1") + Field("a", "2") + kEnd + "epilogue", "1 a=2"},
+      {Field("a", "") + Field("b", "\r\n\r\n") + kEnd, "1 a= b=\r\n\r\n"},
+      {File("f", "x", "one") + File("f", "y", "two") + File("f.2", "z", "3") + Field("f", "no") +
+           Field("f.name", "no") + kEnd,
+       "1 f.2.2.name=z f.2.name=y f.name=x f:one f.2:two f.2.2:3"},
+      {File("f.name", "x", "1") + File("f", "y", "2") + kEnd,
+       "1 f.2.name=y f.name.name=x f.2:2 f.name:1"},
+      {File("f", "x", "") + kEnd, "1 f.name=x f:"},
+      {File("f", "", "") + Field("a", "1") + kEnd, "1 a=1"},
+      {File("f", "", "content") + kEnd, "1 f.name= f:content"},
+      {"--b0 \t\r\nContent-Disposition: form-data; name=a\r\n\r\n1\r\n--b0\t--\r\n", "-3"},
+      {"--b0 \t\r\nContent-Disposition: form-data; name=a\r\n\r\n1\r\n--b0-- x", "1 a=1"},
+      // Content that looks like a boundary, and boundaries that look like content.
+      {Field("a", "\r\n--b\r\n--b01\r\n--b0-\n--b0--\r\r\n--b0-x\r\r\n-") + kEnd,
+       "1 a=\r\n--b\r\n--b01\r\n--b0-\n--b0--\r\r\n--b0-x\r\r\n-"},
+      {Field("a", "--b0x") + kEnd, "1 a=--b0x"},
+      {"--b0\r\nContent-Disposition: form-data; name=a\r\n" + Field("b", "") + kEnd, "1 a= b="},
+      // Never a success.
+      {"", "-1"},
+      {Field("a", "1"), "-1"},
+      {Field("a", "1") + "\n--b0--\n", "-1"},
+      {Field("a", "1") + "\r\n--b0\n", "-3"},
+      {Field("a", "1") + "\r\n--b0\rx", "-3"},
+      {Field("a", "1") + "\r\n--b0 x", "-3"},
+      {"--b0\nContent-Disposition: form-data; name=a\n\n1\n--b0--\n", "-3"},
+      {"--b0\r\n\r\nno header" + Field("a", "1") + kEnd, "-3"},
+      {"--b0\r\nX: " + std::string(16400, 'x') + Field("a", "1") + kEnd, "-7"},
+      {Field("a", "1") + "\r\n--b0" + std::string(1025, ' ') + "\r\n", "-3"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.body.substr(0, 300));
+    EXPECT_EQ(row.expected, Load(row.body));
+  }
+}
+
+TEST_F(Upload, Limits) {
+  const std::string mebibyte(1 << 20, 'x');
+  std::string most;
+  for (int i = 0; i < 4096; ++i) {
+    most += Field(std::to_string(i % 7), "");
+  }
+  std::string files;
+  for (int i = 0; i < 256; ++i) {
+    files += File("f", "x", "");
+  }
+  std::string large;
+  for (int i = 0; i < 7; ++i) {
+    large += Field("a", mebibyte);
+  }
+  const auto code = [](const std::string& body) { return Load(body + kEnd).substr(0, 2); };
+  EXPECT_EQ("1 ", code(most));
+  EXPECT_EQ("-7", code(most + Field("a", "")));
+  EXPECT_EQ("-7", code(most + File("f", "", "")));
+  EXPECT_EQ("1 ", code(files));
+  EXPECT_EQ("-7", code(files + File("f", "x", "")));
+  EXPECT_EQ("1 ", code(Field("a", mebibyte)));
+  EXPECT_EQ("-7", code(Field("a", mebibyte + "x")));
+  EXPECT_EQ("1 ", code(large + Field("a", mebibyte.substr(8))));
+  EXPECT_EQ("-7", code(large + Field("a", mebibyte.substr(7))));
+  EXPECT_EQ("1 ", code(File("f", "x", large)));
+}
+
+TEST_F(Upload, ABodyOfTheWrongLengthIsNoSuccess) {
+  const std::string body = Field("a", "1") + File("f", "x", "content") + kEnd;
+  const std::size_t size = body.size();
+  for (const auto& [length, expected] : std::initializer_list<std::pair<std::string, const char*>>{
+           {std::to_string(size - 2), "1 "},  // the last line end is no part of the form
+           {std::to_string(size - 3), "-1"},
+           {std::to_string(size + 1), "-1"},
+           {"9223372036854775807", "-1"},
+           {"9223372036854775808", "-4"},
+           {"18446744073709551617", "-4"},
+           {"0", "-1"},
+           {"", "-4"},
+           {"-1", "-4"},
+           {"+" + std::to_string(size), "-4"},
+           {std::to_string(size) + " ", "-4"},
+           {"x", "-4"}}) {
+    EXPECT_EQ(expected, Load(body, length).substr(0, 2)) << length;
+  }
+  EXPECT_EQ("-5", Load(body, std::to_string(size), size, "multipart/form-data").substr(0, 2));
+}
+
+TEST_F(Upload, CutAtEveryByteAndSplitIntoSmallChunks) {
+  std::string content;
+  for (int i = 0; i < 3500; ++i) {
+    content += "\r\n--b0\r-\n"[i * i % 9];
+  }
+  const std::string body = Field("a", "1") + File("f", "x", content) + Field("b", "2") + kEnd;
+  const std::string size = std::to_string(body.size());
+  const std::string whole = "1 a=1 b=2 f.name=x f:" + content;
+  for (std::size_t n = 1; n <= body.size(); ++n) {
+    if (n < body.size()) {
+      ASSERT_EQ("-1", Load(body.substr(0, n), size).substr(0, 2)) << n;
+    }
+    if (n <= 512) {
+      ASSERT_EQ(whole, Load(body, size, n)) << n;
+    }
+  }
+}
+
+TEST_F(Upload, FindsTheBoundaryWhereverThePiecesEnd) {
+  for (const std::size_t edge : {UploadBody::kEnough, 3 * UploadBody::kEnough}) {
+    for (std::size_t size = edge - 220; size < edge + 20; ++size) {
+      const std::string content(size, '\r');
+      ASSERT_EQ("1 b=2 f.name=x f:" + content,
+                Load(File("f", "x", content) + Field("b", "2") + kEnd))
+          << size;
+    }
+  }
+}
+
+std::vector<unsigned long long> g_progress;
+
+TEST_F(Upload, TellsOfProgressAtIntervals) {
+  const std::string body = File("f", "x", std::string(4 << 20, 'x')) + kEnd;
+  int ends[2];
+  ASSERT_EQ(0, pipe(ends));
+  std::thread sender([&] {
+    EXPECT_EQ(static_cast<ssize_t>(body.size()), write(ends[1], body.data(), body.size()));
+    close(ends[1]);
+  });
+  UploadStream stream(ends[0], kType, std::to_string(body.size()));
+  stream.SetProgress([](unsigned long long done, unsigned long long total) {
+    EXPECT_LE(done, total);
+    g_progress.push_back(done);
+  });
+  QLIBSZHASH fields;
+  QLIBSZHASH paths;
+  EXPECT_EQ(1, stream.ReadAll(".", fields, paths));
+  sender.join();
+  EXPECT_GE(g_progress.size(), 20U);
+  EXPECT_LE(g_progress.size(), 65U);
+  EXPECT_TRUE(std::is_sorted(g_progress.begin(), g_progress.end()));
+  EXPECT_EQ(body.size(), g_progress.back());
+  StoredFiles::RemoveAll();
+}
+
+TEST_F(Upload, AFileThatCannotBeWrittenIsReported) {
+  const std::string body = File("f", "x", std::string(100000, 'x')) + kEnd;
+  const rlimit none{0, RLIM_INFINITY};
+  rlimit before;
+  getrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &none));
+  const auto disposition = std::signal(SIGXFSZ, SIG_IGN);
+  EXPECT_EQ("-12", Load(body));
+  std::signal(SIGXFSZ, disposition);
+  setrlimit(RLIMIT_FSIZE, &before);
+}
+
+// However a process ends that has stored files, none is left; a child's end is its
+// own affair.
+TEST_F(Upload, NothingIsLeftWhenTheProcessEnds) {
+  const auto overflow = [](auto& self, int depth) -> int {
+    volatile char frame[4096];
+    frame[0] = static_cast<char>(depth);
+    return depth == 0 ? 0 : self(self, depth - 1) + frame[0];
+  };
+  const std::function<void()> ways[] = {
+      [] { std::exit(0); },
+      [] { raise(SIGTERM); },
+      [] { std::abort(); },
+      [&] { std::exit(overflow(overflow, 1 << 28)); },
+      [] {
+        if (fork() == 0) {
+          std::exit(0);
+        }
+        wait(nullptr);
+        std::exit(Files() == 1 ? 0 : 1);
+      },
+  };
+  for (const auto& way : ways) {
+    const pid_t child = fork();
+    if (child == 0) {
+      StoredFile file;
+      const bool is_stored = file.Create(".") && file.Write("x") && file.Keep();
+      is_stored ? way() : _exit(2);
+    }
+    int status = 0;
+    EXPECT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, Files());
+    const std::size_t number = static_cast<std::size_t>(&way - ways);
+    EXPECT_EQ(number == 1 || number == 2 || number == 3, WIFSIGNALED(status)) << number;
+    EXPECT_EQ(0, WIFEXITED(status) ? WEXITSTATUS(status) : 0) << number;
+  }
+}
+
+}  // namespace
+}  // namespace ORBO

@@ -289,7 +289,7 @@ TEST_F(Upload, CutAtEveryByteAndSplitIntoSmallChunks) {
 }
 
 TEST_F(Upload, FindsTheBoundaryWhereverThePiecesEnd) {
-  for (const std::size_t edge : {UploadBody::kEnough, 3 * UploadBody::kEnough}) {
+  for (const std::size_t edge : {UploadBody::kEnough, 2 * UploadBody::kEnough}) {
     for (std::size_t size = edge - 220; size < edge + 20; ++size) {
       const std::string content(size, '\r');
       ASSERT_EQ("1 b=2 f.name=x f:" + content,

@@ -1,6 +1,7 @@
 // The handlers of the measured calls: one parameter and one small answer, and tasks
 // that do next to nothing.
 
+#include <webapi/APIDownload.h>
 #include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
@@ -96,6 +97,16 @@ void Memory(APIRequest*, APIResponse* response) {
   response->SetSuccess(data);
 }
 
+// Answers with the file "path"; by send-file where the server
+// offers it, unless "inline" is given.
+void Fetch(APIRequest* request, APIResponse* response) {
+  ORBO::APIDownload download(response);
+  if (request->HasParam("inline")) {
+    download.SetXSendFileDisabled();
+  }
+  download.Output(request->GetParam("path", "").asString());
+}
+
 ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Small.Last", 1, "echo", Echo},
     {"ORBO.Large.Last", 1, "echo", Echo},
@@ -106,6 +117,7 @@ ORBO::_tag_API_TABLE table[] = {
     {"ORBO.Login.Last", 1, "method4", StartStamped},
     {"ORBO.Transfer", 1, "memory", Memory},
     {"ORBO.Transfer", 1, "upload", Memory},
+    {"ORBO.Download", 1, "fetch", Fetch},
     {nullptr, 0, nullptr, nullptr},
 };
 

@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "util/header_line.h"
 #include "util/json_types.h"
 #include "util/log.h"
 #include "util/log_text.h"
@@ -19,26 +20,20 @@ constexpr std::string_view kNoCaching =
     "Pragma: no-cache\r\n"
     "Expires: 0\r\n";
 
-bool BreaksLine(std::string_view text) {
-  return text.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
-}
-
 bool IsCookieLine(std::string_view text) {
   return text.size() >= kCookieHeader.size() &&
          strncasecmp(text.data(), kCookieHeader.data(), kCookieHeader.size()) == 0;
 }
 
 void AppendHeader(const std::string& name, std::string_view value, std::string& out) {
-  if (BreaksLine(name) || BreaksLine(value)) {
+  if (!AppendHeaderLine(name, value, out)) {
     Log(LOG_ERR, "%s:%d header %s holds a line break and is left out", kSource, __LINE__,
         LogText(name).c_str());
-    return;
   }
-  out.append(name).append(": ").append(value).append(kLineEnd);
 }
 
 void AppendCookie(std::string_view cookie, std::string& out) {
-  if (BreaksLine(cookie)) {
+  if (BreaksHeaderLine(cookie)) {
     Log(LOG_ERR, "%s:%d a cookie holds a line break and is left out", kSource, __LINE__);
     return;
   }

@@ -43,11 +43,14 @@ class Task {
   // is not made again.  No other process may be forked before the update's end.
   bool beginUpdate();
   // False outside an update, without a name, or if the value is nested too deep to be
-  // read again (512).  What is read from this object changes at the update's end.
+  // read again (more than 511).  What is read from this object changes at the update's
+  // end.
   bool setProperty(const char* name, const Json::Value& value);
-  // True once readers see the new properties.  Also ends an update that fails; the
-  // record is as it was then.
+  // True once readers see the new properties.  Also ends an update that fails, for
+  // example since the record would get too large (16 MiB); the record is as it was then.
   bool endUpdate();
+  // Ends an update without storing anything, if one has begun.
+  void dropUpdate();
 
   // --- Reading ---
 
@@ -65,15 +68,21 @@ class Task {
 
   // Says which process does the work.  Its start time is kept too, so that another
   // process that later gets the same id is never taken for it.  False if there is no
-  // such process.
+  // such process, or the task has been marked finished: nobody would signal it.
   bool setCreatePid(int pid);
   // That process's id; 0 when none was set, it is gone, or the system does not show
-  // whether it is that process.
+  // whether it is that process.  For root also 0 if it is not a process of the user
+  // whose records these are, who may have written any id.
   int getCreatePid() const;
+  // Sends `signal` to that process and to no other one that gets its id meanwhile.  0,
+  // or an error number of errno.h: ESRCH where getCreatePid gives 0.
+  int signalCreatePid(int signal) const;
   // Whether the task was marked so, or its process is gone; or, where none was ever
   // set, the one that made the record is gone, 10 s after that.  Never true while the
   // properties in this object are older than the last ones: read again then.
   bool isFinished() const;
+  // Whether the task was marked so, as it was read last.
+  bool isMarkedFinished() const;
   // Marks the task finished; of several marks the first one's time and the last one's
   // choice hold.  With `auto_remove` the record is removed after a grace period
   // (`task_grace` in platform.conf, default 300 s), else it stays.  A task whose
@@ -90,6 +99,27 @@ class Task {
  private:
   struct Record;
   std::unique_ptr<Record> record_;
+};
+
+// An update of a task that is dropped at the end of this object unless it has been
+// ended, so that the owner's other writers never wait for one that was left by an
+// exception.
+class TaskUpdate {
+ public:
+  explicit TaskUpdate(Task& task) : task_(task), has_begun_(task.beginUpdate()) {}
+  ~TaskUpdate() {
+    if (has_begun_) {
+      task_.dropUpdate();
+    }
+  }
+  TaskUpdate(const TaskUpdate&) = delete;
+  TaskUpdate& operator=(const TaskUpdate&) = delete;
+
+  bool hasBegun() const { return has_begun_; }
+
+ private:
+  Task& task_;
+  bool has_begun_;
 };
 
 // The tasks of one owner.

@@ -13,7 +13,8 @@ namespace KEP::TaskUtil {
 inline constexpr std::size_t kLargestTaskLog = std::size_t{256} << 10;
 
 // Adds `text` to the log of a task that has a record; of a text larger than half the
-// bound only the end.  False, and the log as it was, if it cannot be stored.
+// bound only the end.  False, and the log as it was, if it cannot be stored.  A writer
+// that is killed meanwhile may leave a part of the text, and readers may see that.
 bool appendTaskLog(const char* owner, const char* task_id, const std::string& text);
 
 // Reads the text from `offset` on, or from the oldest that is kept where that is

@@ -55,8 +55,13 @@ bool APIPollingPrivate::GetUserAndTaskID(const std::string& full, std::string& u
   return true;
 }
 
+std::string APIPollingPrivate::OwnerOfLogin() {
+  const std::string login = request_->GetLoginUserName();
+  return login.empty() || login.front() == kNoUser ? "" : login;
+}
+
 bool APIPollingPrivate::CheckTaskUser(const std::string& owner) {
-  if (owner == request_->GetLoginUserName() || owner == kEveryoneOwner) {
+  if (owner == OwnerOfLogin() || owner == kEveryoneOwner) {
     return true;
   }
   if (owner != kAdminOwner) {

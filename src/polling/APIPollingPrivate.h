@@ -56,6 +56,10 @@ class APIPollingPrivate : public APIBase {
   // The same for a task that has to be there, with the failures of Status.
   bool FindTask(const std::string& full_id, std::string& owner, std::string& id);
 
+  // The owner of the login user's own tasks; "" where that cannot be one.
+  std::string OwnerOfLogin();
+  // Whether `error`, of a try to signal the process `pid`, is none or that it is gone.
+  bool IsKilled(int pid, int error);
   bool OwnerOfNewTask(APIResponse* response, std::string& owner);
   // The owner of the tasks of `group` in a list; false, with the error set.
   bool OwnerOfGroup(const std::string& group, std::string& owner);

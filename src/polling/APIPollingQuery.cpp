@@ -131,7 +131,7 @@ bool APIPollingPrivate::Stop(const std::string& full_id, bool remove) {
     return false;
   }
   const int pid = task.getCreatePid();
-  if (pid > 0 && !DoKill(pid)) {
+  if (pid > 0 && !IsKilled(pid, task.signalCreatePid(SIGTERM))) {
     LogId(412, "send SIGTERM to task id", full_id, " fail");
     error_ = APIPolling::ERROR_NOT_STOPPED;
     return false;
@@ -141,6 +141,11 @@ bool APIPollingPrivate::Stop(const std::string& full_id, bool remove) {
     error_ = APIPolling::ERROR_NOT_FINISHED;
     return false;
   }
+  // A process that was not known yet may have said its id before the mark, and nobody
+  // can after it.
+  if (pid == 0) {
+    task.signalCreatePid(SIGTERM);
+  }
   return true;
 }
 
@@ -148,10 +153,13 @@ bool APIPollingPrivate::DoKill(int pid) {
   if (pid < 1) {
     return Fail(117, "invalid process id", 0);
   }
-  if (kill(pid, SIGTERM) == 0 || errno == ESRCH) {
+  return IsKilled(pid, kill(pid, SIGTERM) == 0 ? 0 : errno);
+}
+
+bool APIPollingPrivate::IsKilled(int pid, int error) {
+  if (error == 0 || error == ESRCH) {
     return true;
   }
-  const int error = errno;
   Log(LOG_ERR, "%s:%d Failed to kill %d, reason=%s(%d)", kSource, 121, pid, std::strerror(error),
       error);
   return false;
@@ -159,7 +167,7 @@ bool APIPollingPrivate::DoKill(int pid) {
 
 bool APIPollingPrivate::OwnerOfGroup(const std::string& group, std::string& owner) {
   if (group == "user") {
-    owner = request_->GetLoginUserName();
+    owner = OwnerOfLogin();
   } else if (group == kEveryoneGroup) {
     owner = kEveryoneOwner;
   } else if (group != kAdminGroup) {

@@ -1,3 +1,4 @@
+#include <signal.h>
 #include <unistd.h>
 
 #include <webapi/APIRequest.h>
@@ -46,6 +47,24 @@ Json::Value TaskEnvironment(const std::string& owner, const std::string& id) {
   _exit(0);
 }
 
+// Whatever the host does with SIGTERM, it ends a task that does not handle it.
+void RestoreSignals() {
+  sigset_t stop;
+  sigemptyset(&stop);
+  sigaddset(&stop, SIGTERM);
+  signal(SIGTERM, SIG_DFL);
+  sigprocmask(SIG_UNBLOCK, &stop, nullptr);
+}
+
+// Marks the task finished, unless somebody has stopped it, whose choice then holds.
+void Finish(KEP::Task& task) {
+  const KEP::TaskUpdate update(task);
+  if (update.hasBegun() && !task.isMarkedFinished()) {
+    task.finish(task.getBoolProperty("auto_remove", false));
+    task.endUpdate();
+  }
+}
+
 // The child's whole life.  What cannot be caught ends the process, and with it the task:
 // the caller's code must not run in two processes.
 [[noreturn]] void RunTask(KEP::Task& task, const std::string& owner, APIRequest* request,
@@ -53,7 +72,11 @@ Json::Value TaskEnvironment(const std::string& owner, const std::string& id) {
                           void* argument) noexcept {
   setsid();
   request->InitEnv(TaskEnvironment(owner, task.getTaskId()));
-  task.setCreatePid(getpid());
+  RestoreSignals();
+  // Who has stopped the task already found nobody to signal.
+  if (!task.setCreatePid(getpid()) && task.reload() && task.isMarkedFinished()) {
+    EndChild();
+  }
   try {
     function(request, response, argument);
   } catch (...) {
@@ -63,8 +86,7 @@ Json::Value TaskEnvironment(const std::string& owner, const std::string& id) {
       response->SetError(kErrorNoResult);
     }
   }
-  task.reload();
-  task.finish(task.getBoolProperty("auto_remove", false));
+  Finish(task);
   EndChild();
 }
 
@@ -74,7 +96,7 @@ bool APIPollingPrivate::OwnerOfNewTask(APIResponse* response, std::string& owner
   const std::string group =
       JSON::AsString(GetData("polling_attribute", "share_to_group", Json::Value("")));
   if (group.empty()) {
-    owner = request_->GetLoginUserName();
+    owner = OwnerOfLogin();
     return true;
   }
   if (group == kAdminGroup && !request_->IsAdmin()) {
@@ -108,10 +130,11 @@ Json::Value APIPollingPrivate::TaskInfo() {
 }
 
 bool APIPollingPrivate::Store(KEP::Task& task) {
-  const bool begun = task.beginUpdate();
-  task.setProperty("info", TaskInfo());
-  task.setProperty("auto_remove", GetData("polling_attribute", "auto_remove", Json::Value(true)));
-  return begun && task.endUpdate();
+  const KEP::TaskUpdate update(task);
+  return update.hasBegun() && task.setProperty("info", TaskInfo()) &&
+         task.setProperty("auto_remove",
+                          GetData("polling_attribute", "auto_remove", Json::Value(true))) &&
+         task.endUpdate();
 }
 
 bool APIPollingPrivate::Start(APIResponse* response, Function function, void* argument) {
@@ -147,6 +170,9 @@ bool APIPollingPrivate::Start(APIResponse* response, Function function, void* ar
   if (child == 0) {
     RunTask(*task, owner, request_, response, function, argument);
   }
+  // Also done by the child, which may have to wait for other writers, and works on when
+  // that takes too long.
+  task->setCreatePid(child);
   task->waitForDataReady("task_run", kLongestWait);
   Json::Value data(Json::objectValue);
   data["task_id"] = owner + "/" + task->getTaskId();

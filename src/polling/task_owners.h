@@ -11,4 +11,7 @@ inline constexpr std::string_view kEveryoneGroup = "everyone";
 inline constexpr std::string_view kAdminOwner = "@administrators";
 inline constexpr std::string_view kEveryoneOwner = "@users";
 
+// What the owners begin with that are no users, and no user's name that has tasks.
+inline constexpr char kNoUser = '@';
+
 }  // namespace ORBO

@@ -6,12 +6,12 @@
 #include <webapi/APIRequest.h>
 
 #include "response/APIResponsePrivate.h"
+#include "response/content_type.h"
 #include "util/json_types.h"
 
 namespace ORBO {
 namespace {
 
-constexpr char kDefaultContentType[] = "application/json; charset=\"UTF-8\"";
 constexpr char kServerErrorHeader[] = "x-request-error";
 
 // The decimal number at the start of `text`, blanks skipped; 0 for none, the
@@ -28,7 +28,7 @@ int LeadingNumber(const std::string& text) {
 
 APIResponse::APIResponse(APIRequest* request)
     : private_(std::make_unique<APIResponsePrivate>(request, this)) {
-  SetHeader("Content-type", kDefaultContentType);
+  SetHeader(kContentTypeHeader, kDefaultContentType);
 }
 
 APIResponse::~APIResponse() = default;

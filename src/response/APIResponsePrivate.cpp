@@ -9,6 +9,7 @@
 
 #include "platform/task.h"
 #include "response/set_cookie.h"
+#include "util/error_codes.h"
 #include "util/json_types.h"
 #include "util/log.h"
 #include "util/log_text.h"
@@ -25,6 +26,31 @@ bool IsAttributeValue(const std::string& text) {
                       [](unsigned char c) { return c < 0x20 || c == 0x7f || c == ';'; });
 }
 
+Json::Value MakeBody(int code, const Json::Value& errors) {
+  Json::Value body(Json::objectValue);
+  body["success"] = code == 0;
+  if (code == 0) {
+    if (!JSON::IsNull(errors)) {
+      body["data"] = errors;
+    }
+  } else {
+    Json::Value& error = body["error"];
+    error["code"] = code;
+    if (!JSON::IsNull(errors)) {
+      error["errors"] = errors;
+    }
+  }
+  return body;
+}
+
+// Makes `body` the task's result.  Also true where no update can begin, most times since
+// the record has been removed: there is nothing to do then.
+bool StoreBody(KEP::Task& task, const Json::Value& body) {
+  const KEP::TaskUpdate update(task);
+  return !update.hasBegun() ||
+         (task.setProperty("body", body) && task.setProperty("task_run", true) && task.endUpdate());
+}
+
 }  // namespace
 
 APIResponsePrivate::APIResponsePrivate(APIRequest* request, APIResponse* owner)
@@ -38,11 +64,18 @@ APIResponsePrivate::APIResponsePrivate(APIRequest* request, APIResponse* owner)
 APIResponsePrivate::~APIResponsePrivate() = default;
 
 void APIResponsePrivate::BindTask() {
-  if (task_ != nullptr || request_ == nullptr || !request_->IsPollingTask()) {
+  if (request_ == nullptr || !request_->IsPollingTask()) {
     return;
   }
   const std::string user = JSON::AsString(request_->GetEnv("task_user", Json::Value()));
   const std::string id = JSON::AsString(request_->GetEnv("task_id", Json::Value()));
+  std::string name = user + "/" + id;
+  if (task_ != nullptr && name == task_name_) {
+    return;
+  }
+  // What a task starts is another task, with a record of its own.
+  task_.reset();
+  task_name_.swap(name);
   // A task that was stopped and removed while it went on gets no new record.
   if (KEP::TaskUtil::checkTaskExists(user.c_str(), id.c_str())) {
     task_ = std::make_unique<KEP::Task>(user.c_str(), id.c_str());
@@ -50,31 +83,19 @@ void APIResponsePrivate::BindTask() {
 }
 
 void APIResponsePrivate::WriteToTask() {
-  if (task_ == nullptr || !task_->beginUpdate()) {
+  if (task_ == nullptr || StoreBody(*task_, Body())) {
     return;
   }
-  task_->setProperty("body", Body());
-  task_->setProperty("task_run", true);
-  task_->endUpdate();
+  Log(LOG_ERR, "%s:%d result cannot be stored: it is too large, too deep or there is no space",
+      kSource, __LINE__);
+  // The starter waits for a result, and an older one must not pass for this.
+  StoreBody(*task_, MakeBody(kErrorNoResult, Json::Value()));
 }
 
 void APIResponsePrivate::SetError(int code, const Json::Value& errors) {
   BindTask();
-  Json::Value body(Json::objectValue);
   error_ = code;
-  body["success"] = code == 0;
-  if (code == 0) {
-    if (!JSON::IsNull(errors)) {
-      body["data"] = errors;
-    }
-  } else {
-    Json::Value& error = body["error"];
-    error["code"] = code;
-    if (!JSON::IsNull(errors)) {
-      error["errors"] = errors;
-    }
-  }
-  root_["body"].swap(body);
+  root_["body"] = MakeBody(code, errors);
   WriteToTask();
 }
 

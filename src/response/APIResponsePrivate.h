@@ -54,7 +54,8 @@ class APIResponsePrivate : public APIBase {
 
  private:
   bool AppendCookie(const APICookie& cookie);
-  // Opens the record of the task that the request runs as, if it does.
+  // Opens the record of the task that the request runs as, if it does; of another one
+  // when that has changed.
   void BindTask();
   void WriteToTask();
 
@@ -63,6 +64,7 @@ class APIResponsePrivate : public APIBase {
   int error_ = 0;        // the last code given to SetError
   CallbackList callbacks_;
   std::unique_ptr<KEP::Task> task_;  // null until the first result of a task
+  std::string task_name_;            // that task's full id
 };
 
 }  // namespace ORBO

@@ -1,19 +1,17 @@
 #include "response/set_cookie.h"
 
-#include <locale.h>
-
 #include <algorithm>
 #include <ctime>
 #include <limits>
 
 #include "platform/webapi_util.h"
+#include "util/utc_text.h"
 
 namespace ORBO {
 namespace {
 
 constexpr char kLongPast[] = "Thu, 01-Jan-1970 00:00:01 GMT";
 constexpr char kDateFormat[] = "%a, %d-%b-%Y %H:%M:%S GMT";
-constexpr std::size_t kDateSize = 1024;
 constexpr std::int64_t kSecondsPerMinute = 60;
 
 bool IsCookieNameCharacter(char c) {
@@ -31,19 +29,6 @@ std::time_t ExpiryTime(std::int64_t now, long minutes) {
   }
   return static_cast<std::time_t>(
       std::max<std::int64_t>(sum, std::numeric_limits<std::time_t>::min()));
-}
-
-std::string FormatDate(std::time_t time) {
-  std::tm parts{};
-  if (gmtime_r(&time, &parts) == nullptr) {
-    return "Fri, 31-Dec-9999 23:59:59 GMT";  // the year does not fit a calendar date
-  }
-  // Day and month names are English on the wire, whatever locale a handler set.
-  const locale_t c_locale = newlocale(LC_ALL_MASK, "C", nullptr);
-  char text[kDateSize];
-  const std::size_t length = strftime_l(text, sizeof text, kDateFormat, &parts, c_locale);
-  freelocale(c_locale);
-  return std::string(text, length);
 }
 
 const char* SameSiteAttribute(APICookie::SameSite same_site) {
@@ -69,7 +54,7 @@ std::string FormatSetCookie(const APICookie& cookie, std::int64_t now) {
   std::string text = cookie.name + "=" + WebAPIUtil::URLEncode(cookie.value);
   text += "; path=" + cookie.path;
   if (cookie.expire_minutes > 0) {
-    text += "; expires=" + FormatDate(ExpiryTime(now, cookie.expire_minutes));
+    text += "; expires=" + FormatUtc(ExpiryTime(now, cookie.expire_minutes), kDateFormat);
   } else if (cookie.expire_minutes < 0) {
     text += "; expires=";
     text += kLongPast;

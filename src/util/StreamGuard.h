@@ -17,7 +17,12 @@ class StreamGuard {
   StreamGuard(const StreamGuard&) = delete;
   StreamGuard& operator=(const StreamGuard&) = delete;
 
+  // Whether a guard lives that has switched `stream`.  What writes past the object, to
+  // the descriptor, must ask.
+  static bool IsSwitched(const std::ios& stream);
+
  private:
+  const StreamGuard* const outer_;  // guards nest; not owned
   std::ios& stream_;
   std::ios::iostate previous_state_;
   std::ios::iostate previous_exceptions_;

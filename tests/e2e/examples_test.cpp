@@ -41,6 +41,8 @@ TEST_P(Examples, Answer) {
       {library + "list&offset=3&limit=100", 200,
        Success(R"({"books":[)" + kidnapped + R"(],"total":4})")},
       {library + "get&id=2", 200, Success(middlemarch)},
+      {"api=ORBO.Example.Files&version=1&method=fetch&name=../x", 200, Failure(1001)},
+      {"api=ORBO.Example.Files&version=1&method=fetch&name=..", 200, Failure(1002)},
       {library + "get&id=9", 404, Failure(1002)},
       {library + "lend&id=2", 405, Failure(1003)},
   };

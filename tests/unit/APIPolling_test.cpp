@@ -1,6 +1,7 @@
 // Background tasks as handlers start and see them.
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -68,6 +69,7 @@ struct Polling : testing::Test {
   APIRequest ben{Request("ben", "false")};
   APIRequest ada{Request("ada", "true")};
   APIRequest nobody{Request("", "false")};
+  APIRequest group{Request("@administrators", "false")};
   APIResponse response{&ben};
   APIPolling polling{&ben};
   const LogCapture log;
@@ -90,6 +92,7 @@ TEST_F(Polling, TheOwnerIsTheUserOrTheGroup) {
       {"admin", nullptr, 505, 0, "", "545 No permission;163 unknown request;"},
       {"staff", &ada, 502, 114, "", "539 bad parameters;"},
       {"", &nobody, 500, 117, "", ""},
+      {"", &group, 500, 117, "", ""},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.group + " " + row.owner);
@@ -158,6 +161,8 @@ TEST_F(Polling, FailuresTellWhy) {
       {&ben, "list", R"(["user","x"])", 503, ""},
       {&ben, "list", R"(["everyone","admin","x"])", 505, ""},
       {&nobody, "list", R"(["user"])", 504, "475 Cannot get task manager;"},
+      {&group, "list", R"(["user"])", 504, "475 Cannot get task manager;"},
+      {&group, "stop", admins, 503, "103 Permission denied;"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.word + " " + row.log);
@@ -205,6 +210,13 @@ TEST_F(Polling, StartReturnsWithTheFirstResultOrTheEnd) {
        },
        R"({"data":1,"success":true})"},
       {[](auto*, auto*, void*) { throw 5; }, R"({"error":{"code":117},"success":false})"},
+      {[](auto*, auto* to, void*) { to->SetSuccess(std::string(17 << 20, 'x')); },
+       R"({"error":{"code":117},"success":false})"},
+      {[](auto*, auto* to, void*) {
+         to->SetSuccess(1);
+         to->SetSuccess(FromText(std::string(511, '[') + std::string(511, ']')));
+       },
+       R"({"error":{"code":117},"success":false})"},
       {[](auto*, auto*, void*) {}, "{}"},
       {[](auto*, auto*, void*) { raise(SIGKILL); }, "{}"},
       {[](auto*, auto*, void*) { raise(SIGSEGV); }, "{}"},
@@ -225,6 +237,53 @@ TEST_F(Polling, StartReturnsWithTheFirstResultOrTheEnd) {
     }
   }
   EXPECT_GT(50, std::time(nullptr) - begin);
+}
+
+TEST_F(Polling, ATaskOfATaskHasItsOwnRecord) {
+  const std::string id = Start([](APIRequest* request, APIResponse* to, void*) {
+    to->SetSuccess("outer");
+    APIPolling(request).Start(
+        to, [](auto*, APIResponse* inner, void*) { inner->SetSuccess(2); }, nullptr);
+    Reap();
+  });
+  Reap();
+  EXPECT_EQ(2, Status(Status(id)["data"]["task_id"].asString())["data"].asInt());
+}
+
+TEST_F(Polling, AStopSettlesWhatBecomesOfTheRecord) {
+  static bool stops_early = false;
+  static volatile std::sig_atomic_t got = 0;
+  // In the child, before it has said its id.
+  pthread_atfork(nullptr, nullptr, [] {
+    if (stops_early) {
+      const std::string id = KEP::TaskMgr("ben").getAllTaskId("early")[0].asString();
+      KEP::Task("ben", id.c_str()).finish(false);
+    }
+  });
+  sigset_t term;
+  sigemptyset(&term);
+  sigaddset(&term, SIGTERM);
+  sigprocmask(SIG_BLOCK, &term, nullptr);
+  const Work work = [](APIRequest*, APIResponse* to, void*) {
+    to->SetSuccess(signal(SIGTERM, [](int) { got = 1; }) == SIG_DFL);
+    while (got == 0) {
+      usleep(1000);
+    }
+  };
+  const auto of_host = signal(SIGTERM, SIG_IGN);
+  std::string ids[] = {Start(work), ""};
+  EXPECT_TRUE(Status(ids[0])["data"].asBool() && polling.Stop(ids[0], false) && Reap() == 0);
+  stops_early = polling.SetPrefixAttr("early");
+  ids[1] = Start(work);
+  stops_early = false;
+  EXPECT_TRUE(Reap() == 0 && !Status(ids[1]).isMember("data")) << "nobody could stop it";
+  signal(SIGTERM, of_host);
+  sigprocmask(SIG_UNBLOCK, &term, nullptr);
+  for (const std::string& id : ids) {
+    std::ifstream record(tasks + id + ".json");
+    const std::string stored{std::istreambuf_iterator<char>(record), {}};
+    EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
+  }
 }
 
 TEST_F(Polling, TheWorkHasASessionAndAnEndOfItsOwn) {

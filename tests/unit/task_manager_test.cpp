@@ -65,6 +65,7 @@ TEST_F(TaskManager, NoNameLeavesTheDirectory) {
   std::istringstream names(
       ".. / @administrators DOM\\user %2F a/../../b a A \xff .new % -_ a% a.json");
   int owners = 0;
+  EXPECT_TRUE(TaskMgr("alice").getAllTaskId("").empty() && !fs::exists(tasks)) << "only looked at";
   for (std::string name; names >> name;) {
     Task named(name.c_str(), name.c_str());
     ASSERT_TRUE(named.isOpen() && Write(named, "a", 1)) << name;
@@ -92,8 +93,9 @@ TEST_F(TaskManager, AnUpdateChangesWhatIsStoredAndBringsNothingBack) {
   ASSERT_TRUE(Write(task, "b", ORBO::FromText(R"({"x":[1.5,"y\n",null]})")));
   ASSERT_TRUE(other.beginUpdate() && !other.beginUpdate() && other.setCreatePid(getpid()));
   Json::Value deep;
-  deep.append(ORBO::FromText(std::string(512, '[') + std::string(512, ']')));
+  deep.append(ORBO::FromText(std::string(511, '[') + std::string(511, ']')));
   EXPECT_FALSE(other.setProperty("deep", deep) || other.setProperty(nullptr, 1));
+  EXPECT_TRUE(other.setProperty("deepest", deep[0])) << "the record can be read then";
   EXPECT_TRUE(other.setProperty("a", "yes") && other.endUpdate() && task.reload());
   EXPECT_EQ(R"({"x":[1.5,"y\n",null]})", ToText(task.getProperty("b")));
   EXPECT_TRUE(task.getBoolProperty("a", false) && task.getCreatePid() == getpid());
@@ -104,6 +106,7 @@ TEST_F(TaskManager, AnUpdateChangesWhatIsStoredAndBringsNothingBack) {
               return !Write(task, "a", "x");
             })));
   EXPECT_TRUE(task.reload() && task.getProperty("a") == "yes");
+  { const TaskUpdate left(task); }
   EXPECT_TRUE(task.beginUpdate() && task.remove());
   EXPECT_FALSE(Write(other, "a", 2) || other.finish(true) || other.reload());
   EXPECT_TRUE(fs::is_empty(directory));
@@ -182,7 +185,8 @@ TEST_F(TaskManager, StoppingATaskThatFinishesLosesNothing) {
     Task started("alice", std::to_string(i).c_str());
     ASSERT_TRUE(Write(started, "info", i));
     const pid_t child = Fork([&started] {
-      return started.setCreatePid(getpid()) && Write(started, "body", 1) && started.finish(false);
+      return started.setCreatePid(getpid()) != started.isMarkedFinished() &&
+             Write(started, "body", 1) && started.finish(false);
     });
     Task other("alice", std::to_string(i).c_str());
     while (i % 4 != 0 && !other.isFinished() && other.getCreatePid() == 0) {
@@ -205,8 +209,11 @@ TEST_F(TaskManager, AnIdThatIsUsedAgainIsAnotherProcess) {
   ASSERT_TRUE(ORBO::IdentifyProcess(getpid(), self) && ORBO::IdentifyProcess(child, worker));
   ASSERT_TRUE(Write(task, "info", 1));
   using Process = ORBO::ProcessIdentity;
+  const Process unknown = {child, 0}, restarted = {child, worker.start, worker.boot + 1};
   const std::tuple<const char*, std::int64_t, Process, Process, bool, pid_t> rows[] = {
       {"works", 99, {gone, 1}, worker, false, child},
+      {"not sure", 99, {gone, 1}, unknown, false, 0},
+      {"of an earlier start of the system", 0, self, restarted, true, 0},
       {"used again", 0, self, {child, worker.start - 1}, true, 0},
       {"gone", 0, self, {gone, 1}, true, 0},
       {"no id", 0, self, {1LL << 40, 1}, true, 0},
@@ -221,6 +228,7 @@ TEST_F(TaskManager, AnIdThatIsUsedAgainIsAnotherProcess) {
     Put(file, ORBO::ToTaskText(record));
     EXPECT_TRUE(task.reload() && task.isFinished() == finished) << name;
     EXPECT_EQ(pid, task.getCreatePid()) << name;
+    EXPECT_EQ(pid == 0 ? ESRCH : 0, task.signalCreatePid(0)) << name;
   }
   ASSERT_TRUE(task.setCreatePid(child) && !task.setCreatePid(-1));
   kill(child, SIGKILL);
@@ -231,6 +239,7 @@ TEST_F(TaskManager, AnIdThatIsUsedAgainIsAnotherProcess) {
   ASSERT_TRUE(Write(writer, "body", 1));
   EXPECT_FALSE(task.isFinished()) << "with an older body";
   EXPECT_TRUE(task.reload() && task.isFinished());
+  EXPECT_TRUE(task.finish(false) && !task.setCreatePid(getpid())) << "nobody would signal it";
   StatusOf(child);
 }
 
@@ -243,6 +252,8 @@ TEST_F(TaskManager, RecordsGoWhenTheirTimeIsOver) {
   const std::tuple<const char*, std::string, std::int64_t, bool> rows[] = {
       {"over", "3,\"autoRemove\":true,\"finished\":7", 61, false},
       {"new", now, 61, true},
+      {"bad", "x", 61, false},
+      {"bad-new", "x", 50, true},
       {"kept", "1,\"finished\":7" + wish, 999, true},
       {"gone", "3" + wish, 61, false},
       {"gone-new", "3" + wish, 50, true},

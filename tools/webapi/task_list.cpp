@@ -1,7 +1,6 @@
 #include "Arguments.h"
 #include "Table.h"
 #include "output.h"
-#include "platform/linux/task_path.h"
 #include "task_view.h"
 #include "util/json_types.h"
 
@@ -24,7 +23,7 @@ std::string CallText(const Json::Value& status) {
 }
 
 ExitCode Run(const Arguments& arguments) {
-  if (!MayRead(TaskRootDirectory(), "read the tasks")) {
+  if (!MayReadTasks()) {
     return kFailed;
   }
   Table table({"ID", "STATE", "PROGRESS", "CALL"});

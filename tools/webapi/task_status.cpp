@@ -18,7 +18,7 @@ constexpr char kDetails[] =
 
 ExitCode Run(const Arguments& arguments) {
   Json::Value status;
-  if (!LoadTask(arguments.operands().front(), status)) {
+  if (!MayReadTasks() || !LoadTask(arguments.operands().front(), status)) {
     return kFailed;
   }
   return PrintDocument(status) ? kDone : kFailed;

@@ -15,6 +15,9 @@ constexpr char kDetails[] =
     "  webapi task stop alice/checksum_Uq2v\n";
 
 ExitCode Run(const Arguments& arguments) {
+  if (!MayReadTasks()) {
+    return kFailed;
+  }
   ExitCode code = kDone;
   for (const std::string& id : arguments.operands()) {
     if (!StopTask(id, !arguments.Has("keep"))) {

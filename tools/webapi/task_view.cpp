@@ -35,6 +35,8 @@ bool ComplainOfTask(const std::string& full_id, int error) {
 
 }  // namespace
 
+bool MayReadTasks() { return MayRead(TaskRootDirectory(), "read the tasks"); }
+
 std::vector<std::string> TaskIds(const std::string& owner) {
   std::vector<std::string> owners = {owner};
   if (owner.empty()) {

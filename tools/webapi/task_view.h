@@ -7,6 +7,9 @@
 
 namespace ORBO::tool {
 
+// False, after a complaint, if this process may not read the tasks.
+bool MayReadTasks();
+
 // The full ids of the tasks of everybody, or of one owner, oldest first for each.
 std::vector<std::string> TaskIds(const std::string& owner);
 

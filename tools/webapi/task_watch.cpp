@@ -78,6 +78,9 @@ bool Show(const Json::Value& status, bool on_terminal, std::string& shown) {
 }
 
 ExitCode Run(const Arguments& arguments) {
+  if (!MayReadTasks()) {
+    return kFailed;
+  }
   const std::string& id = arguments.operands().front();
   const std::size_t slash = std::min(id.find('/'), id.size());
   const bool on_terminal = isatty(STDOUT_FILENO) == 1;

@@ -1,6 +1,10 @@
 #include "platform/task.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <utility>
 
@@ -74,22 +78,30 @@ struct Task::Record {
   }
 
   // Changes a record that is there, as a part of the update that has begun or by one
-  // of its own.
+  // of its own.  `change` returns false where it refuses.
   template <typename Change>
   bool Apply(Change change) {
     if (writer != nullptr) {
-      change(draft);
-      return true;
+      return change(draft);
     }
     if (!Begin()) {
       return false;
     }
-    if (!was_there) {
+    if (!was_there || !change(draft)) {
       writer.reset();
       return false;
     }
-    change(draft);
     return End();
+  }
+
+  bool IsWorkerRunning() const {
+    if (ORBO::StateOf(stored.worker) != ORBO::ProcessState::kRunning) {
+      return false;
+    }
+    struct stat status;
+    return geteuid() != 0 ||
+           (stat(directory.c_str(), &status) == 0 &&
+            (status.st_uid == 0 || ORBO::IsProcessOf(stored.worker.pid, status.st_uid)));
   }
 
   // The text of a property; null if there is none.
@@ -122,16 +134,23 @@ bool Task::setProperty(const char* name, const Json::Value& value) {
   if (record_->writer == nullptr || name == nullptr || *name == '\0') {
     return false;
   }
-  std::string text = ORBO::JSON::ToText(value);
-  // One value that is nested too deep would make the record unreadable.
+  // One value that is nested too deep would make the record unreadable, in which it is
+  // a level deeper.
+  std::string text = "[";
+  ORBO::JSON::Append(value, text);
+  text += ']';
   if (!ORBO::JSON::IsJson(text, ORBO::JSON::Comments::kRefused)) {
     return false;
   }
+  text.pop_back();
+  text.erase(0, 1);
   record_->draft.properties.insert_or_assign(ORBO::TaskPropertyName(name), std::move(text));
   return true;
 }
 
 bool Task::endUpdate() { return record_->End(); }
+
+void Task::dropUpdate() { record_->writer.reset(); }
 
 bool Task::reload() { return record_->is_open && record_->Reload() == FileState::kRead; }
 
@@ -152,13 +171,18 @@ bool Task::getBoolProperty(const char* name, bool fallback) const {
 
 bool Task::setCreatePid(int pid) {
   ORBO::ProcessIdentity worker;
-  return ORBO::IdentifyProcess(pid, worker) &&
-         record_->Apply([&worker](ORBO::TaskRecord& record) { record.worker = worker; });
+  return ORBO::IdentifyProcess(pid, worker) && record_->Apply([&worker](ORBO::TaskRecord& record) {
+    record.worker = record.finished == 0 ? worker : record.worker;
+    return record.finished == 0;
+  });
 }
 
 int Task::getCreatePid() const {
-  const ORBO::ProcessIdentity& worker = record_->stored.worker;
-  return ORBO::StateOf(worker) == ORBO::ProcessState::kRunning ? static_cast<int>(worker.pid) : 0;
+  return record_->IsWorkerRunning() ? static_cast<int>(record_->stored.worker.pid) : 0;
+}
+
+int Task::signalCreatePid(int signal) const {
+  return record_->IsWorkerRunning() ? ORBO::SignalProcess(record_->stored.worker, signal) : ESRCH;
 }
 
 bool Task::isFinished() const {
@@ -173,10 +197,13 @@ bool Task::isFinished() const {
          last.properties == stored.properties;
 }
 
+bool Task::isMarkedFinished() const { return record_->stored.finished != 0; }
+
 bool Task::finish(bool auto_remove) {
   return record_->Apply([auto_remove](ORBO::TaskRecord& record) {
     record.finished = record.finished != 0 ? record.finished : std::time(nullptr);
     record.auto_remove = auto_remove;
+    return true;
   });
 }
 

@@ -46,6 +46,19 @@ std::string Shortened(const std::string& file) {
   return Head(OffsetOf(file) + dropped).append(text.substr(dropped));
 }
 
+bool IsRegular(int directory, const std::string& path, struct stat& status) {
+  return fstatat(directory, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISREG(status.st_mode);
+}
+
+// Whether the open file is a log that this platform has made in the directory; `status`
+// is the file's then.
+bool IsLog(int file, int directory, struct stat& status) {
+  struct stat parent;
+  return fstat(directory, &parent) == 0 && fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+         status.st_uid == parent.st_uid && status.st_nlink == 1;
+}
+
 // Writes `text` at the end of the open file of the size `size`; all of it or nothing.
 bool AppendTo(int file, std::int64_t size, std::string_view text) {
   if (ORBO::WriteAll(file, text)) {
@@ -59,12 +72,15 @@ bool AppendTo(int file, std::int64_t size, std::string_view text) {
 
 bool appendTaskLog(const char* owner, const char* task_id, const std::string& text) {
   const std::string directory = ORBO::TaskDirectory(owner);
-  if (!checkTaskExists(owner, task_id)) {
+  const std::string record = ORBO::TaskFileName(task_id);
+  struct stat status;
+  if (directory.empty() || record.empty() ||
+      !IsRegular(AT_FDCWD, directory + "/" + record, status)) {
     return false;
   }
   const ORBO::TaskWriter writer(directory, kLongestWait);
   // Under the lock: a log without a record would never go.
-  if (!writer.IsReady() || !checkTaskExists(owner, task_id)) {
+  if (!writer.IsReady() || !IsRegular(writer.directory().get(), record, status)) {
     return false;
   }
   const std::string name = ORBO::TaskLogName(task_id);
@@ -72,12 +88,11 @@ bool appendTaskLog(const char* owner, const char* task_id, const std::string& te
       std::string_view(text).substr(text.size() - std::min(kHalf, text.size()));
   const ORBO::Descriptor file(openat(writer.directory().get(), name.c_str(),
                                      O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  struct stat status;
   if (!file.IsOpen()) {
     return ORBO::CreatePrivateFile(writer.directory(), name, Head(0).append(kept),
                                    ORBO::Durability::kProcess);
   }
-  if (fstat(file.get(), &status) != 0) {
+  if (!IsLog(file.get(), writer.directory().get(), status)) {
     return false;
   }
   if (static_cast<std::uint64_t>(status.st_size) + kept.size() <= kLargestFile) {

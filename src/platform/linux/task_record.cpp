@@ -27,12 +27,14 @@ struct NumberMember {
   std::int64_t* number;
 };
 
-std::array<NumberMember, 6> NumberMembers(TaskRecord& record) {
+std::array<NumberMember, 8> NumberMembers(TaskRecord& record) {
   return {{{"created", &record.created},
            {"creatorId", &record.creator.pid},
            {"creatorStart", &record.creator.start},
+           {"creatorBoot", &record.creator.boot},
            {"workerId", &record.worker.pid},
            {"workerStart", &record.worker.start},
+           {"workerBoot", &record.worker.boot},
            {"finished", &record.finished}}};
 }
 
@@ -78,8 +80,7 @@ TaskRecord NewTaskRecord() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   record.created = now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
-  record.creator.pid = getpid();
-  IdentifyProcess(record.creator.pid, record.creator);
+  IdentifyProcess(getpid(), record.creator);
   return record;
 }
 

@@ -17,18 +17,30 @@ namespace {
 constexpr char kMark[] = ".swept";
 constexpr std::int64_t kPause = 10;
 
-bool IsSweepDue(const std::string& mark) {
+bool IsSweepDue(const std::string& directory, const std::string& mark) {
   struct stat status;
   if (stat(mark.c_str(), &status) != 0) {
-    return true;
+    // Looking at an owner without records makes nothing.
+    return stat(directory.c_str(), &status) == 0;
   }
   const std::int64_t age = std::time(nullptr) - status.st_mtim.tv_sec;
   return age < 0 || age >= kPause;
 }
 
 bool IsExpired(const std::string& directory, const std::string& file) {
+  std::string text;
+  std::int64_t modified = 0;
+  if (ReadPrivateFile(directory + "/" + file, kLargestTaskRecord, text, modified) !=
+      FileState::kRead) {
+    return false;
+  }
   TaskRecord record;
-  return ReadTaskRecord(directory, file, record) == FileState::kRead && IsTaskExpired(record);
+  if (!FromTaskText(text, record)) {
+    // Nobody can use or remove it by its id.
+    return std::time(nullptr) - modified >= TaskGrace();
+  }
+  record.modified = modified;
+  return IsTaskExpired(record);
 }
 
 // Looks again under the lock: the record may have been changed since.  Where the lock
@@ -62,7 +74,7 @@ std::vector<ListedTask> CurrentTasks(const std::string& directory, const std::st
 
 void SweepTasks(const std::string& directory) {
   const std::string mark = directory + "/" + kMark;
-  if (!IsSweepDue(mark)) {
+  if (!IsSweepDue(directory, mark)) {
     return;
   }
   if (!TouchPrivateFile(mark)) {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <webapi/APIAuth.h>
+#include <webapi/APIDownload.h>
 #include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
@@ -252,6 +253,19 @@ void Large(APIRequest* request, APIResponse* response) {
   response->SetSuccess(data);
 }
 
+// Answers with the file "path", or tells the failure.
+void Download(APIRequest* request, APIResponse* response) {
+  ORBO::APIDownload download(response);
+  if (request->HasParam("inline")) {
+    download.SetXSendFileDisabled();
+  }
+  download.SetAttachment(TextParam(request, "name"));
+  const int result = download.Output(TextParam(request, "path"));
+  if (result < 0) {
+    response->SetError(1000, result);
+  }
+}
+
 constexpr char kProbe[] = "ORBO.Test.Probe";
 constexpr char kPermission[] = "ORBO.Test.Permission";
 constexpr char kFree[] = "ORBO.Test.Permission.Free";
@@ -259,14 +273,15 @@ constexpr char kPrivileged[] = "ORBO.Test.Permission.Privileged";
 
 std::vector<ORBO::_tag_API_TABLE> Methods() {
   std::vector<ORBO::_tag_API_TABLE> rows = {
-      {kProbe, 1, "echo", Echo},       {kProbe, 1, "facts", Facts},
-      {kProbe, 1, "trusted", Trusted}, {kProbe, 1, "throws", Throws},
-      {kProbe, 1, "noise", Noise},     {kProbe, 1, "redirect", Redirect},
-      {kProbe, 1, "header", Header},   {kProbe, 1, "cookies", Cookies},
-      {kProbe, 1, "later", Later},     {kProbe, 1, "upload", Upload},
-      {kProbe, 1, "large", Large},     {kProbe, 1, "deferred", Deferred},
-      {kProbe, 1, "inside", Inside},   {"ORBO.Test.Open", 1, "echo", Echo},
-      {kFree, 1, "touch", Touch},      {kPermission, 1, "work", Work},
+      {kProbe, 1, "echo", Echo},         {kProbe, 1, "facts", Facts},
+      {kProbe, 1, "trusted", Trusted},   {kProbe, 1, "throws", Throws},
+      {kProbe, 1, "noise", Noise},       {kProbe, 1, "redirect", Redirect},
+      {kProbe, 1, "header", Header},     {kProbe, 1, "cookies", Cookies},
+      {kProbe, 1, "later", Later},       {kProbe, 1, "upload", Upload},
+      {kProbe, 1, "large", Large},       {kProbe, 1, "deferred", Deferred},
+      {kProbe, 1, "inside", Inside},     {"ORBO.Test.Open", 1, "echo", Echo},
+      {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
+      {kFree, 1, "touch", Touch},        {kPermission, 1, "work", Work},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
                              "normal.local", "normal.domain", "normal.ldap"}) {

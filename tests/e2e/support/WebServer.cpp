@@ -128,16 +128,17 @@ void WebServer::Stop() {
   }
 }
 
-bool WebServer::RunsPrograms() const {
+std::vector<std::string> WebServer::Programs() const {
+  std::vector<std::string> programs;
   namespace fs = std::filesystem;
   for (const auto& process : fs::directory_iterator("/proc")) {
     std::error_code not_ours;
     const fs::path program = fs::read_symlink(process.path() / "exe", not_ours);
     if (program.string().rfind(root_.WebAPIDirectory(), 0) == 0) {
-      return true;
+      programs.push_back(process.path());
     }
   }
-  return false;
+  return programs;
 }
 
 int WebServer::Connect() const {
@@ -149,7 +150,8 @@ int WebServer::Connect() const {
   return connection;
 }
 
-HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after) const {
+HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after,
+                                const Watch& watch) const {
   const auto start = std::chrono::steady_clock::now();
   const int connection = Connect();
   // Apart, since a server that has answered already need not read the rest.
@@ -165,6 +167,9 @@ HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after) 
   ssize_t count;
   while ((count = recv(connection, buffer, sizeof buffer, 0)) > 0) {
     raw.append(buffer, static_cast<std::size_t>(count));
+    if (watch && !watch(raw)) {
+      break;
+    }
   }
   response.closed = count == 0 || errno == ECONNRESET;
   shutdown(connection, SHUT_RDWR);
@@ -178,8 +183,8 @@ HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after) 
 
 // The older protocol version, so that no answer comes in chunks.
 HttpResponse WebServer::Send(const std::string& method, const std::string& target,
-                             const std::vector<std::string>& headers,
-                             const std::string& body) const {
+                             const std::vector<std::string>& headers, const std::string& body,
+                             const Watch& watch) const {
   std::string request = method + " " + target + " HTTP/1.0\r\nHost: " + Host() + "\r\n";
   for (const std::string& line : headers) {
     request += line + "\r\n";
@@ -187,7 +192,7 @@ HttpResponse WebServer::Send(const std::string& method, const std::string& targe
   if (method == "POST") {
     request += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   }
-  return SendRaw(request + "\r\n" + body);
+  return SendRaw(request + "\r\n" + body, AfterRequest::kListen, watch);
 }
 
 HttpResponse WebServer::Get(const std::string& query,

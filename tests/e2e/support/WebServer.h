@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,9 @@ struct HttpResponse {
   // The values of every header line of that name, whatever its case.
   std::vector<std::string> Headers(const std::string& name) const;
 };
+
+// Looks at what has come of an answer so far, and may take it away; false to hang up.
+using Watch = std::function<bool(std::string& received)>;
 
 enum class AfterRequest { kListen, kHangUp };
 enum class ServerKind { kLighttpd, kApache };
@@ -42,19 +46,20 @@ class WebServer {
   // `target` as in the request line; `headers` are whole lines.
   HttpResponse Send(const std::string& method, const std::string& target,
                     const std::vector<std::string>& headers = {},
-                    const std::string& body = std::string()) const;
+                    const std::string& body = std::string(), const Watch& watch = nullptr) const;
   // Calls through the program; `query` and `form` are parameter lines.
   HttpResponse Get(const std::string& query, const std::vector<std::string>& headers = {}) const;
   HttpResponse Post(const std::string& query, const std::string& form) const;
   // Sends `request` as it stands and reads until the server closes the
   // connection.  A server that answers before it has read everything is fine.  A
   // client that hangs up sends nothing more and says so, yet reads on.
-  HttpResponse SendRaw(const std::string& request,
-                       AfterRequest after = AfterRequest::kListen) const;
+  HttpResponse SendRaw(const std::string& request, AfterRequest after = AfterRequest::kListen,
+                       const Watch& watch = nullptr) const;
   // A connection of which the caller makes what it will, and closes it.
   int Connect() const;
-  // Whether a program of this server's web-API directory runs.
-  bool RunsPrograms() const;
+  // The directories in /proc of the programs of this server's web-API directory that run.
+  std::vector<std::string> Programs() const;
+  bool RunsPrograms() const { return !Programs().empty(); }
 
  private:
   bool Start(ServerKind kind);

@@ -51,7 +51,7 @@ bool APIUploadPrivate::CanUploadtoRoot(std::string& dir, unsigned long long size
   if (!FreeRoom(RootedPath("/"), room)) {
     return false;
   }
-  if (size > kLargestWord - kRootReserve || room < size + kRootReserve) {
+  if (size > kLargestWord || room < size + kRootReserve) {
     QLIBCErrSet(kPlatformErrorNoRoom);
     return false;
   }

@@ -9,7 +9,7 @@
 namespace ORBO {
 
 void UploadBody::Fill() {
-  Reserve(kEnough);
+  Reserve(2 * kEnough);
   while (end_ - begin_ < kEnough && ReadMore()) {
   }
 }

@@ -32,7 +32,9 @@ class UploadBody {
   // Whether reading failed, rather than that the input ended.
   bool HasFailed() const { return has_failed_; }
 
-  static constexpr std::size_t kEnough = 65536;
+  // For every header and boundary.  Half of what is read at a time, so that little of
+  // it is moved.
+  static constexpr std::size_t kEnough = 32768;
 
  private:
   bool ReadMore();

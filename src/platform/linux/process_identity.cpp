@@ -73,8 +73,8 @@ std::int64_t ReadBoot() {
 }
 
 std::int64_t CurrentBoot() {
-  static const std::int64_t boot = ReadBoot();
-  return boot;
+  static const std::int64_t kBoot = ReadBoot();
+  return kBoot;
 }
 
 bool IsGone(std::int64_t pid) { return kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH; }

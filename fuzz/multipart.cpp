@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int result = stream.ReadAll(directory.path(), fields, paths);
   close(file);
 
-  std::size_t content = 0;
+  std::uintmax_t content = 0;
   for (const auto& [name, text] : fields.pairs) {
     content += text.size();
     Require(name.find('\0') == std::string::npos);

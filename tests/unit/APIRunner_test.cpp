@@ -45,6 +45,7 @@ class Runner : public testing::Test {
     Describe("ORBO.Test.NoFile", "/nowhere/lib.so", R"({"1":["get"]})");
     Describe("ORBO.Test.NoTable", "libc.so.6", R"({"1":["get"]})");
     Describe("ORBO.Test.NullTable", TestModule("null_table"), R"({"1":["get"]})");
+    Describe("ORBO.Test.HalfMade", TestModule("half_made"), R"({"1":["get"]})");
     directory_.Write("ORBO.Test.lib", JSON::ToText(descriptions_));
   }
 
@@ -77,7 +78,8 @@ class Runner : public testing::Test {
 
 TEST_F(Runner, UnusableOptionsAreRefused) {
   for (const char* options :
-       {"null", "[]", R"({"postParam":{"version":1}})", R"({"postParam":[1,2]})", "\"x\""}) {
+       {"null", "[]", R"({"postParam":{"version":1}})", R"({"postParam":[1,2]})", "\"x\"",
+        R"({"postParam":{"api":"ORBO.Test.Good","version":1,"method":"echo","relay_ds":1}})"}) {
     APIRunner runner;
     runner.Run(FromText(options));
     EXPECT_EQ(101, ErrorOf(runner.GetResponse())) << options;
@@ -116,12 +118,15 @@ TEST_F(Runner, UnusableLibrariesAreReported) {
       {"ORBO.Test.NoFile", " cannot open library: /nowhere/lib.so. error = "},
       {"ORBO.Test.NoTable", " Get API Table Fail"},
       {"ORBO.Test.NullTable", " cannot get api table"},
+      {"ORBO.Test.HalfMade", "half_made.so. error = on purpose"},
   };
   for (const auto& [api, text] : rows) {
     LogCapture log;
     APIRunner runner;
-    runner.Run(Options(api, "get"));
-    EXPECT_EQ(111, ErrorOf(runner.GetResponse()));
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      runner.Run(Options(api, "get"));
+      EXPECT_EQ(111, ErrorOf(runner.GetResponse())) << api;
+    }
     EXPECT_TRUE(log.Has(text)) << text;
   }
 }

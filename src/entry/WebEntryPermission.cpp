@@ -77,11 +77,8 @@ bool WebEntry::CheckPermission(APIRequest* request, APIResponse* response) {
   }
   APIRequestPrivate& call = *request->private_;
   const std::string user = request->GetLoginUserName();
-  // A method's own list replaces the API's.
-  const Json::Value* const own =
-      JSON::Find(GetMethod(call.api(), call.version(), call.method()), "allowUser");
-  if (!IsUserAllowed(request, user.c_str(),
-                     own != nullptr ? *own : request->GetAPIInfo("allowUser", Json::Value())) ||
+  const Json::Value& method = GetMethod(call.api(), call.version(), call.method());
+  if (!IsUserAllowed(request, user.c_str(), AllowedUsers(request, method)) ||
       !HasRequiredPrivilege(request, user.c_str())) {
     response->SetError(kErrorNoPrivilege);
     return false;

@@ -10,6 +10,11 @@
 
 namespace ORBO {
 
+Json::Value AllowedUsers(APIRequest* request, const Json::Value& method) {
+  const Json::Value* const own = JSON::Find(method, "allowUser");
+  return own != nullptr ? *own : request->GetAPIInfo("allowUser", Json::Value());
+}
+
 bool IsUserAllowed(APIRequest* request, const char* user_name, const Json::Value& allow_user) {
   return user_name != nullptr && *user_name != '\0' &&
          ContainsUserClass(allow_user, UserClass(user_name, request->IsAdmin()));

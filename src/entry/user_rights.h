@@ -6,6 +6,10 @@ namespace ORBO {
 
 class APIRequest;
 
+// The user classes that may make the request's call, a list if the description is
+// right: the method's own, whose attributes are `method`, or else the API's.
+Json::Value AllowedUsers(APIRequest* request, const Json::Value& method);
+
 // Whether the class of `user_name` stands in `allow_user`, a description's list
 // of user classes.  False for an empty name, for what is no list, and for an
 // empty list: what names nobody is open to nobody.

@@ -6,11 +6,11 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/webapi_util.h"
 #include "request/APIRequestPrivate.h"
 #include "response/APIResponsePrivate.h"
 #include "runner/APIRunnerPrivate.h"
 #include "runner/DescriptionCache.h"
+#include "runner/description_rules.h"
 #include "util/error_codes.h"
 #include "util/exception_text.h"
 #include "util/json_types.h"
@@ -21,7 +21,6 @@ namespace ORBO {
 namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
-constexpr char kDefaultsFile[] = "lib.def";
 
 }  // namespace
 
@@ -32,11 +31,7 @@ APIRunner::APIRunner()
       response_(std::make_unique<APIResponse>(request_.get())),
       private_(std::make_unique<APIRunnerPrivate>(this)) {
   setsid();
-  Json::Value defaults;
-  if (WebAPIUtil::ReadJsonFile(RootedPath(kWebAPIDirectory) + kDefaultsFile, defaults) &&
-      JSON::IsObject(defaults) && !JSON::IsNull(defaults)) {
-    lib_def_.swap(defaults);
-  }
+  ReadDescriptionDefaults(RootedPath(kWebAPIDirectory) + kDefaultsFile, lib_def_);
 }
 
 APIRunner::~APIRunner() {

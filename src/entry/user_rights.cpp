@@ -6,13 +6,18 @@
 
 #include "platform/users.h"
 #include "request/user_class.h"
+#include "runner/DescriptionCache.h"
 #include "util/json_types.h"
 
 namespace ORBO {
 
-Json::Value AllowedUsers(APIRequest* request, const Json::Value& method) {
-  const Json::Value* const own = JSON::Find(method, "allowUser");
-  return own != nullptr ? *own : request->GetAPIInfo("allowUser", Json::Value());
+Json::Value AllowedUsers(APIRequest* request, const std::string& api, int version,
+                         const std::string& method, DescriptionCache& descriptions) {
+  Json::Value classes;
+  if (!descriptions.FindMethodAttribute(api, version, method, "allowUser", classes)) {
+    classes = request->GetAPIInfo("allowUser", Json::Value());
+  }
+  return classes;
 }
 
 bool IsUserAllowed(APIRequest* request, const char* user_name, const Json::Value& allow_user) {

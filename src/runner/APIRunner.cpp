@@ -10,7 +10,7 @@
 #include "response/APIResponsePrivate.h"
 #include "runner/APIRunnerPrivate.h"
 #include "runner/DescriptionCache.h"
-#include "runner/description_rules.h"
+#include "runner/DescriptionDefaults.h"
 #include "util/error_codes.h"
 #include "util/exception_text.h"
 #include "util/json_types.h"
@@ -25,13 +25,13 @@ constexpr char kSource[] = "APIRunner.cpp";
 }  // namespace
 
 APIRunner::APIRunner()
-    : lib_def_(Json::objectValue),
-      descs_(std::make_unique<DescriptionCache>(lib_def_)),
+    : defaults_(std::make_unique<DescriptionDefaults>()),
+      descs_(std::make_unique<DescriptionCache>(*defaults_)),
       request_(std::make_unique<APIRequest>(Json::Value())),
       response_(std::make_unique<APIResponse>(request_.get())),
       private_(std::make_unique<APIRunnerPrivate>(this)) {
   setsid();
-  ReadDescriptionDefaults(RootedPath(kWebAPIDirectory) + kDefaultsFile, lib_def_);
+  defaults_->Read(RootedPath(kWebAPIDirectory) + kDefaultsFile);
 }
 
 APIRunner::~APIRunner() {

@@ -1,6 +1,5 @@
 #include "runner/description_rules.h"
 
-#include "platform/webapi_util.h"
 #include "util/json_types.h"
 #include "util/number_text.h"
 
@@ -10,9 +9,9 @@ namespace {
 constexpr int kMinPriority = -10;
 constexpr int kMaxPriority = 10;
 
-void SetDefault(Json::Value& entry, const char* key, const Json::Value& value) {
+void SetDefault(Json::Value& entry, const char* key, DescriptionDefaults& defaults) {
   if (!JSON::Has(entry, key)) {
-    JSON::Set(entry, key, value);
+    JSON::Set(entry, key, defaults.Get(key));
   }
 }
 
@@ -72,20 +71,13 @@ unsigned DescriptionFaults(const DescriptionFile::Entry& entry) {
   return faults;
 }
 
-void ApplyDescriptionDefaults(Json::Value& entry, const Json::Value& lib_def) {
-  SetDefault(entry, "authLevel", JSON::At(lib_def, "authLevel"));
-  SetDefault(entry, "allowUser", JSON::At(lib_def, "allowUser"));
-  SetDefault(entry, "requestFormat", Json::Value("JSON"));
-  SetDefault(entry, "priority", JSON::At(lib_def, "priority"));
-}
-
-bool ReadDescriptionDefaults(const std::string& path, Json::Value& lib_def) {
-  Json::Value defaults;
-  if (!WebAPIUtil::ReadJsonFile(path, defaults) || defaults.type() != Json::objectValue) {
-    return false;
+void ApplyDescriptionDefaults(Json::Value& entry, DescriptionDefaults& defaults) {
+  for (const char* const key : {"authLevel", "allowUser", "priority"}) {
+    SetDefault(entry, key, defaults);
   }
-  lib_def.swap(defaults);
-  return true;
+  if (!JSON::Has(entry, "requestFormat")) {
+    JSON::Set(entry, "requestFormat", Json::Value("JSON"));
+  }
 }
 
 }  // namespace ORBO

@@ -2,14 +2,10 @@
 
 #include <json/value.h>
 
-#include <string>
-
+#include "runner/DescriptionDefaults.h"
 #include "runner/DescriptionFile.h"
 
 namespace ORBO {
-
-// The file of the web-API directory that holds the defaults.
-inline constexpr char kDefaultsFile[] = "lib.def";
 
 // What makes an entry unusable, by the key that is missing or wrong.
 enum DescriptionFault : unsigned {
@@ -34,11 +30,7 @@ inline bool IsValidDescription(const DescriptionFile::Entry& entry) {
 }
 
 // Fills the keys that `entry` lacks: "authLevel", "allowUser" and "priority"
-// from `lib_def` (null where it lacks them too), "requestFormat" with "JSON".
-void ApplyDescriptionDefaults(Json::Value& entry, const Json::Value& lib_def);
-
-// Reads the defaults file `path`.  False, and `lib_def` unchanged, if it cannot be
-// read or is no object: then there are no defaults.
-bool ReadDescriptionDefaults(const std::string& path, Json::Value& lib_def);
+// from `defaults` (null where it lacks them too), "requestFormat" with "JSON".
+void ApplyDescriptionDefaults(Json::Value& entry, DescriptionDefaults& defaults);
 
 }  // namespace ORBO

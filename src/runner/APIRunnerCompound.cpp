@@ -6,6 +6,7 @@
 
 #include "request/APIRequestPrivate.h"
 #include "response/APIResponsePrivate.h"
+#include "runner/entry_api.h"
 #include "util/error_codes.h"
 #include "util/json_types.h"
 #include "util/log.h"
@@ -58,7 +59,7 @@ Json::Value NamedBody(const APIRequestPrivate& call, APIResponsePrivate& respons
 }  // namespace
 
 bool APIRunner::ProcessEntry(APIRequest* request, APIResponse* response) {
-  if (request->private_->method() != "request") {
+  if (request->private_->method() != kEntryMethod) {
     return false;
   }
   if (!request->HasParam("compound") || compound_depth_ >= kDeepestCompound) {

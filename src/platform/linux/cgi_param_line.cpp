@@ -7,7 +7,6 @@
 #include "platform/linux/cleanse.h"
 #include "platform/linux/param_piece.h"
 #include "platform/linux/parameter_cipher.h"
-#include "platform/linux/parameter_format.h"
 #include "platform/linux/wall_clock.h"
 #include "platform/webapi_util.h"
 
@@ -49,7 +48,7 @@ bool OpenInPlace(char* line) {
     return true;
   }
   SecretText opened;
-  if (!OpenSealedText(kLineTag, SealedText(pairs.sealed), WallClock(), opened.text)) {
+  if (!OpenLine(SealedText(pairs.sealed), WallClock(), opened.text)) {
     return false;
   }
   AppendPairs(opened.text, pairs);

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -110,11 +111,13 @@ TEST_F(EncryptedParameters, AnyOtherTextIsRefused) {
       EXPECT_EQ("", Open(wrong)) << wrong;
     }
     const std::string end(1, static_cast<char>(sealed.back() + 1));  // bits that are left over
+    std::string other_alphabet = sealed;
+    std::replace(other_alphabet.begin(), other_alphabet.end(), '_', '/');
     for (const std::string& wrong :
-         {sealed + "=", sealed + "A", sealed + std::string(1, '\0'), "." + sealed, " " + sealed,
-          sealed.substr(0, sealed.size() - 4), sealed.substr(0, 10), sealed.substr(0, 3),
-          sealed.substr(0, 2) + "." + sealed, sealed.substr(0, sealed.size() - 1) + end,
-          sealed + std::string(3 << 20, 'A')}) {
+         {other_alphabet, sealed + "=", sealed + "A", sealed + std::string(1, '\0'), "." + sealed,
+          " " + sealed, sealed.substr(0, sealed.size() - 4), sealed.substr(0, 10),
+          sealed.substr(0, 3), sealed.substr(0, 2) + "." + sealed,
+          sealed.substr(0, sealed.size() - 1) + end, sealed + std::string(3 << 20, 'A')}) {
       EXPECT_EQ("", Open(wrong)) << wrong.substr(0, 300);
     }
   }
@@ -151,8 +154,9 @@ TEST_F(EncryptedParameters, OnlyPointsOnTheCurveMakeAKey) {
   beside.back() = static_cast<char>(beside.back() ^ 1);
   std::string compressed = point.substr(0, 33);
   compressed[0] = 2;
-  for (const std::string& wrong : {beside, compressed, point + '\0', std::string(1, '\0'),
-                                   std::string(65, '\0'), '\4' + std::string(64, '\xff')}) {
+  for (const std::string& wrong :
+       {beside, compressed, point + '\0', std::string(1, '\0'), '\6' + point.substr(1),
+        '\7' + point.substr(1), std::string(65, '\0'), '\4' + std::string(64, '\xff')}) {
     EXPECT_FALSE(crypto->agree(kPem, wrong, secret));
     EXPECT_EQ("", secret);
   }

@@ -42,6 +42,7 @@ void AppendPairs(std::string_view line, PlainPairs& out) {
 // False if what is enciphered cannot be opened; `line` is unchanged then.
 bool OpenInPlace(char* line) {
   PlainPairs pairs;
+  pairs.line.reserve(std::strlen(line));  // growing would leave copies behind
   AppendPairs(line, pairs);
   if (pairs.sealed_count == 0) {
     // The name stands somewhere else, as in a nested object.

@@ -138,7 +138,7 @@ TEST_F(FileOutput, FollowsTheRequestsConditionsAndRange) {
 }
 
 TEST_F(FileOutput, NamesThePathToTheWebServerWhereThatCanReadIt) {
-  for (const std::string name : {"plain", "a%41", "end ", "a\nX: y"}) {
+  for (const std::string name : {"plain", "a%41", "end ", "a\nX: y", "\xFF"}) {
     directory_.Write(name, "content");
     for (const std::string enabled : {"YeS", "no"}) {
       SCOPED_TRACE(name + " " + enabled);
@@ -170,6 +170,16 @@ TEST_F(FileOutput, SendsStreamsFromWhereTheyStand) {
   EXPECT_EQ(108894U, Content(answer).size());
   EXPECT_EQ("", Header(answer, "Content-Length"));
   pclose(pipe);
+}
+
+TEST_F(FileOutput, WaitsUntilALeaseIsGivenUp) {
+  static int leased;
+  leased = open("file", O_RDWR | O_CLOEXEC);
+  std::signal(SIGIO, [](int) { fcntl(leased, F_SETLEASE, F_UNLCK); });
+  ASSERT_EQ(0, fcntl(leased, F_SETLEASE, F_WRLCK));
+  EXPECT_EQ("0123456789", Content(Answer("file")));
+  std::signal(SIGIO, SIG_DFL);
+  close(leased);
 }
 
 TEST_F(FileOutput, WritesNothingOnFailure) {

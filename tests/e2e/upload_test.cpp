@@ -134,11 +134,19 @@ TEST_P(Uploads, CanBeReadByTheHandler) {
             Success(R"({"result":-1,"steps":[]})"));
   EXPECT_EQ(Send(Probe("deferred"), File("f", "x", std::string(100000, 'x'))).body,
             Success(R"({"f":"x","result":-1,"steps":[{"f":"x"}]})"));
+  EXPECT_EQ(
+      Send(Probe("deferred", "interrupt=yes"), File("f", "x", std::string(100000, 'x')) + body)
+          .body,
+      Success(R"({"result":-13,"steps":[]})"));
 }
 
 TEST_P(Uploads, LeaveNothingBehind) {
   const std::string file = File("f", "x", std::string(300000, 'x'));
   EXPECT_NE(Send(Probe("upload", "crash=yes"), file + kEnd).status, 200);
+  EXPECT_NE(Send(Probe("upload", "crash=killed"), file + kEnd).status, 200);
+  EXPECT_EQ(Stored(), 1);
+  EXPECT_EQ(Send(Probe("upload"), kEnd).status, 200);
+  EXPECT_EQ(Stored(), 0) << "nobody but the next upload can remove it";
   const int connection = Begin("upload", 9000000);
   send(connection, file.data(), file.size(), MSG_NOSIGNAL);
   EXPECT_TRUE(WaitUntil([this] { return Stored() == 1; }, std::chrono::seconds(10)));

@@ -1,11 +1,14 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 
 #include "platform/last_error.h"
+#include "platform/linux/abandoned_files.h"
 #include "transfer/APIUploadPrivate.h"
 #include "unit/WebAPIDirectory.h"
 #include "util/paths.h"
@@ -85,6 +88,56 @@ TEST(UploadDirectory, IsTheFirstPlaceWithRoomAsTheSystemCountsIt) {
     EXPECT_EQ(row.expected != "/volume/@tmp" && row.expected != "/tmp", QLIBCErrGet() == 10496);
     EXPECT_TRUE(row.expected.empty() || row.expected == "/tmp" ||
                 std::filesystem::is_directory(found));
+  }
+}
+
+TEST(UploadDirectory, IsRidOfWhatKilledProcessesLeft) {
+  const WebAPIDirectory directory;
+  directory.Configure("volumes=/volume\n");
+  const std::string mine = TemporaryFileName();
+  // That name with another process, start, system or container in it.
+  const auto with = [&mine](int place, const char* number) {
+    std::size_t begin = mine.find('-') + 1;
+    while (place-- > 0) {
+      begin = mine.find('-', begin) + 1;
+    }
+    return std::string(mine).replace(begin, mine.find('-', begin) - begin, number);
+  };
+  const std::string gone = with(1, "1");
+  const std::tuple<std::string, int, bool> rows[] = {
+      {mine, 9, true},          {gone, 0, false},         {with(0, "5000000"), 0, false},
+      {with(2, "7"), 0, true},  {with(3, "7"), 0, true},  {with(3, "0"), 0, true},
+      {with(2, "7"), 1, false}, {with(3, "7"), 1, false}, {with(3, "0"), 1, false},
+      {gone + "x", 9, true},    {"x" + gone, 9, true},    {with(2, "x"), 9, true},
+  };
+  for (const auto& [name, days, stays] : rows) {
+    directory.Write(name, "");
+    const auto age = std::chrono::hours(24 * days) + std::chrono::seconds(9);
+    std::filesystem::last_write_time(name, std::filesystem::file_time_type::clock::now() - age);
+    RemoveAbandonedFiles(".");
+    EXPECT_EQ(stays, std::filesystem::remove(name)) << name << " " << days;
+  }
+  // What others may put there.
+  directory.Write("file", "");
+  std::filesystem::create_symlink("file", gone);
+  std::filesystem::create_directory(with(1, "2"));
+  directory.Write(with(1, "3"), "");
+  EXPECT_TRUE(chown(with(1, "3").c_str(), 1, 1) == 0 || geteuid() != 0);
+  RemoveAbandonedFiles(".");
+  EXPECT_EQ(geteuid() == 0 ? 4 : 3, std::distance(std::filesystem::directory_iterator("."), {}));
+  // Every place that is asked for room.
+  const std::string places[] = {"/volume/@tmp/", "/tmp/", "/var/@tmp/"};
+  for (const std::string& place : places) {
+    std::filesystem::create_directories(RootedPath(place));
+    std::ofstream(RootedPath(place) + gone) << "";
+  }
+  const Blocks none{};
+  std::string found;
+  g_blocks = &none;
+  EXPECT_FALSE(APIUploadPrivate::FindUploadTmpDir(found, 1));
+  g_blocks = nullptr;
+  for (const std::string& place : places) {
+    EXPECT_FALSE(std::filesystem::exists(RootedPath(place) + gone)) << place;
   }
 }
 

@@ -50,6 +50,13 @@ class Directory {
   std::string path_ = "/dev/shm/webapi-fuzz-XXXXXX";
 };
 
+unsigned long long g_done = 0;
+
+void CheckProgress(unsigned long long done, unsigned long long total) {
+  Require(done > g_done && done <= total);
+  g_done = done;
+}
+
 enum class Steps { kAll, kFieldsThenAll, kFileByFile };
 
 // Loads what comes next as long as that is a file.
@@ -79,6 +86,8 @@ std::string Read(const std::string& type, std::string_view content, Steps steps)
   Require(file.IsOpen() && ORBO::WriteAll(file.get(), content) &&
           lseek(file.get(), 0, SEEK_SET) == 0);
   ORBO::UploadStream body(file.get(), type, std::to_string(content.size()));
+  g_done = 0;
+  body.SetProgress(CheckProgress);
   QLIBSZHASH fields;
   QLIBSZHASH paths;
   int result = kUploadLoaded;
@@ -97,6 +106,7 @@ std::string Read(const std::string& type, std::string_view content, Steps steps)
 
   std::size_t count = 0;
   Require(directory.Size(count) <= content.size());
+  Require(last != kUploadLoaded || g_done == content.size());
   std::string text = std::to_string(last);
   for (QLIBSZHASH* const table : {&fields, &paths}) {
     for (auto& [key, value] : table->pairs) {

@@ -1,10 +1,8 @@
 // Uploads, read by the entry and by handlers, and what is left of them: nothing.
 
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "server_test.h"
 
@@ -31,22 +29,18 @@ std::string UploadError(int code) {
 class Uploads : public ServerTest {
  protected:
   void SetUp() override {
-    std::filesystem::create_directories(Volume());
-    std::filesystem::create_directories(Root() + "/etc/orbo");
-    std::ofstream(Root() + "/etc/orbo/platform.conf") << "volumes=/none /volume\n";
-    server().root().HandOver();
+    fs::create_directories(Path("/volume"));
+    Configure("volumes=/none /volume\n");
   }
   void TearDown() override {
     EXPECT_TRUE(WaitUntil([this] { return !server().RunsPrograms(); }, std::chrono::seconds(10)));
     EXPECT_EQ(Stored(), 0);
-    std::filesystem::remove(Root() + "/etc/orbo/platform.conf");
+    fs::remove(Path("/etc/orbo/platform.conf"));
   }
 
-  std::string Root() const { return server().root().path(); }
-  std::string Volume() const { return Root() + "/volume"; }
   long Stored() const {
     std::error_code none;
-    return std::distance(std::filesystem::directory_iterator(Volume() + "/@tmp", none), {});
+    return std::distance(fs::directory_iterator(Path("/volume/@tmp"), none), {});
   }
   HttpResponse Send(const std::string& query, const std::string& body) const {
     return server().Send("POST", "/webapi/entry.cgi?" + query,
@@ -159,8 +153,8 @@ E2E_UNDER_EVERY_SERVER(LargeUploads);
 
 TEST_P(LargeUploads, OfMoreThan4GiBNeedLittleMemory) {
   constexpr std::uint64_t kSize = (std::uint64_t{4} << 30) + 1;
-  ASSERT_GT(std::filesystem::space(Volume()).available, kSize + (std::uint64_t{1} << 30))
-      << "this test needs 5 GiB of free space in " << Volume();
+  ASSERT_GT(fs::space(Path("/volume")).available, kSize + (std::uint64_t{1} << 30))
+      << "this test needs 5 GiB of free space in " << Path("/volume");
   const std::string head = "--b\r\nContent-Disposition: form-data; name=file; filename=x\r\n\r\n";
   const std::string end = std::string("\r\n") + kEnd;
   const std::string block(1 << 20, '\r');

@@ -20,6 +20,7 @@
 #include "unit/WebAPIDirectory.h"
 #include "unit/json.h"
 #include "util/log_text.h"
+#include "util/read_file.h"
 
 namespace ORBO {
 namespace {
@@ -54,6 +55,12 @@ struct Polling : testing::Test {
     Json::Value status;
     EXPECT_TRUE(polling.Status(id, status));
     return status;
+  }
+  // Whether the task's record stays after the end.
+  bool IsToStay(const std::string& id) const {
+    std::string record;
+    return ReadWholeFile(tasks + id + ".json", record) &&
+           record.find(R"("autoRemove":false)") != std::string::npos;
   }
   // What was logged since the last time, without the source's name.
   std::string Logged() {
@@ -239,17 +246,6 @@ TEST_F(Polling, StartReturnsWithTheFirstResultOrTheEnd) {
   EXPECT_GT(50, std::time(nullptr) - begin);
 }
 
-TEST_F(Polling, ATaskOfATaskHasItsOwnRecord) {
-  const std::string id = Start([](APIRequest* request, APIResponse* to, void*) {
-    to->SetSuccess("outer");
-    APIPolling(request).Start(
-        to, [](auto*, APIResponse* inner, void*) { inner->SetSuccess(2); }, nullptr);
-    Reap();
-  });
-  Reap();
-  EXPECT_EQ(2, Status(Status(id)["data"]["task_id"].asString())["data"].asInt());
-}
-
 TEST_F(Polling, AStopSettlesWhatBecomesOfTheRecord) {
   static bool stops_early = false;
   // In the child, before it has said its id.
@@ -280,28 +276,32 @@ TEST_F(Polling, AStopSettlesWhatBecomesOfTheRecord) {
   signal(SIGTERM, of_host);
   sigprocmask(SIG_UNBLOCK, &term, nullptr);
   for (const std::string& id : ids) {
-    std::ifstream record(tasks + id + ".json");
-    const std::string stored{std::istreambuf_iterator<char>(record), {}};
-    EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
+    EXPECT_TRUE(IsToStay(id)) << id;
   }
 }
 
-TEST_F(Polling, TheWorkHasASessionAndAnEndOfItsOwn) {
+TEST_F(Polling, TheWorkHasASessionAnEndAndTasksOfItsOwn) {
   static std::string mark;
   static pid_t starter;
-  mark = std::string(std::getenv("WEBAPI_ROOT")) + "/exit-handler";
+  mark = tasks + "exit-handler";
   starter = getpid();
   std::atexit([] { getpid() == starter || std::ofstream(mark); });
   polling.SetRemoveAttr(false);
   const std::string id = Start([](APIRequest* request, APIResponse* to, void*) {
-    to->SetSuccess(getsid(0) == getpid() ? request->GetPollingTaskId() : "");
+    to->SetSuccess("outer");
+    APIPolling(request).Start(
+        to,
+        [](APIRequest* of_task, APIResponse* inner, void*) {
+          inner->SetSuccess(getsid(0) == getpid() ? of_task->GetPollingTaskId() : "");
+        },
+        nullptr);
+    Reap();
   });
   EXPECT_EQ(0, Reap());
-  EXPECT_EQ(id, Status(id)["data"].asString());
-  EXPECT_FALSE(fs::exists(mark) || ben.IsPollingTask());
-  std::ifstream record(tasks + id + ".json");
-  const std::string stored{std::istreambuf_iterator<char>(record), {}};
-  EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
+  const std::string inner = Status(id)["data"]["task_id"].asString();
+  EXPECT_TRUE(IsToStay(id));
+  EXPECT_EQ(inner, Status(inner)["data"].asString());
+  EXPECT_FALSE(inner == id || fs::exists(mark) || ben.IsPollingTask());
 }
 
 TEST_F(Polling, StopMarksATaskThatIgnoresIt) {
@@ -313,6 +313,7 @@ TEST_F(Polling, StopMarksATaskThatIgnoresIt) {
   EXPECT_TRUE(!Status(id)["finish"].asBool() && polling.Stop(id, false));
   EXPECT_TRUE(Status(id)["finish"].asBool());
   const pid_t pid = Status(id)["data"].asInt();
+  ASSERT_LT(1, pid) << "which names no group of processes";
   EXPECT_EQ(0, kill(pid, SIGKILL));
   EXPECT_EQ(SIGKILL, Reap());
   APIPollingPrivate rules(&ben, nullptr);

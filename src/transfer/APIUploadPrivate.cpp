@@ -36,6 +36,11 @@ int WithMemory(Read read) {
   }
 }
 
+// The directory for `size` bytes from the client.
+bool FindDirectory(unsigned long long size, std::string& dir) {
+  return APIUploadPrivate::FindUploadTmpDir(dir, size + kHeadroom);
+}
+
 void AppendPaths(const QLIBSZHASH& table, Json::Value& files) {
   for (const auto& [field, path] : table.pairs) {
     files.append(path);
@@ -73,7 +78,7 @@ int APIUploadPrivate::GetUploadFile(Json::Value& params) {
       return state_.result = kNothing;
     }
     std::string dir;
-    if (!FindUploadTmpDir(dir, state_.size + kHeadroom)) {
+    if (!FindDirectory(state_.size, dir)) {
       return state_.result = kNoRoom;
     }
     if (OrboCgiLoadUploadFileToDir(&cgi_, dir.c_str(), progress_, &state_, &loaded_, &field_name_,
@@ -92,7 +97,7 @@ int APIUploadPrivate::GetUploadAll(Json::Value& params, Json::Value* files) {
       return kNothing;
     }
     std::string dir;
-    if (!FindUploadTmpDir(dir, size + kHeadroom)) {
+    if (!FindDirectory(size, dir)) {
       return kNoRoom;
     }
     const Table fields(QLIBCSzHashAlloc(kTableSlots));

@@ -64,11 +64,7 @@ TEST_P(Uploads, ReachTheHandlerAsParameters) {
   const std::string names = Field("method", "upload") + Field("api", "ORBO.Test.Probe") +
                             Field("first", "1") + Field("version", "1");
   const std::string call = R"("call":"ORBO.Test.Probe.upload",)";
-  const struct {
-    std::string query;
-    std::string body;
-    std::string expected;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string> rows[] = {
       {Probe("upload"), Field("a", "1") + File("f", "/x/y", "content") + Field("b", "") + kEnd,
        Success(R"({"a":"1","api":"ORBO.Test.Probe","b":"",)" + call +
                R"("f":"file content","f.name":"y","method":"upload","version":"1"})")},
@@ -94,10 +90,10 @@ TEST_P(Uploads, ReachTheHandlerAsParameters) {
       {Probe("upload"), File("f", "x", "c") + "--b\n", UploadError(-3)},
       {"", names + File("f", "x", "c"), UploadError(-1)},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.query + " " + row.body.substr(0, 500));
-    const HttpResponse response = Send(row.query, row.body);
-    EXPECT_EQ(response.body, row.expected);
+  for (const auto& [query, body, expected] : rows) {
+    SCOPED_TRACE(query + " " + body.substr(0, 500));
+    const HttpResponse response = Send(query, body);
+    EXPECT_EQ(response.body, expected);
     // Browsers show the answer to an upload form, and may offer JSON for saving.
     EXPECT_EQ(response.Headers("Content-type"),
               std::vector<std::string>{"text/html; charset=\"UTF-8\""});

@@ -37,6 +37,11 @@ Json::Value Request(const std::string& user, const std::string& is_admin) {
 
 void Succeed(APIRequest*, APIResponse* to, void*) { to->SetSuccess(1); }
 
+void Throw() { throw 5; }
+Json::Value Deep(std::size_t levels) {
+  return FromText(std::string(levels, '[') + std::string(levels, ']'));
+}
+
 // Waits for all tasks' processes; the last one's exit status.
 int Reap() {
   int status = -1;
@@ -84,14 +89,9 @@ struct Polling : testing::Test {
 };
 
 TEST_F(Polling, TheOwnerIsTheUserOrTheGroup) {
-  const struct {
-    std::string group;
-    APIRequest* request;
-    int refusal;        // of the attribute
-    int code;           // of the start all the same
-    std::string owner;  // "" where there is no start
-    const char* log;
-  } rows[] = {
+  // With the error of the attribute, and the code of the start all the same; the owner is
+  // "" where there is no start.
+  const std::tuple<std::string, APIRequest*, int, int, std::string, const char*> rows[] = {
       {"", &ben, 500, 0, "ben", ""},
       {"everyone", &ben, 500, 0, "@users", ""},
       {"admin", &ada, 500, 0, "@administrators", ""},
@@ -101,22 +101,22 @@ TEST_F(Polling, TheOwnerIsTheUserOrTheGroup) {
       {"", &nobody, 500, 117, "", ""},
       {"", &group, 500, 117, "", ""},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.group + " " + row.owner);
-    APIPollingPrivate started(row.request, nullptr);
-    EXPECT_EQ(row.refusal == 500, started.SetGroupAttr(row.group));
-    EXPECT_EQ(row.refusal, started.GetError());
-    started.SetData("polling_attribute", "share_to_group", row.group, true);
+  for (const auto& [group_name, request, refusal, code, owner, logged] : rows) {
+    SCOPED_TRACE(group_name + " " + owner);
+    APIPollingPrivate started(request, nullptr);
+    EXPECT_EQ(refusal == 500, started.SetGroupAttr(group_name));
+    EXPECT_EQ(refusal, started.GetError());
+    started.SetData("polling_attribute", "share_to_group", group_name, true);
     started.SetData("polling_attribute", "task_id_prefix", "p/", true);
-    APIResponse answer(row.request);
-    EXPECT_EQ(!row.owner.empty(), started.Start(&answer, Succeed, nullptr));
-    EXPECT_EQ(row.code, answer.GetError());
-    EXPECT_EQ(row.log, Logged());
+    APIResponse answer(request);
+    EXPECT_EQ(!owner.empty(), started.Start(&answer, Succeed, nullptr));
+    EXPECT_EQ(code, answer.GetError());
+    EXPECT_EQ(logged, Logged());
     const std::string id = answer.GetBody()["data"]["task_id"].asString();
     Json::Value status;
-    if (!row.owner.empty() && started.Status(id, status)) {
-      EXPECT_EQ(row.owner + "/p/", id.substr(0, id.size() - 22));
-      EXPECT_EQ(R"({"api":"A.B","group":")" + row.group +
+    if (!owner.empty() && started.Status(id, status)) {
+      EXPECT_EQ(owner + "/p/", id.substr(0, id.size() - 22));
+      EXPECT_EQ(R"({"api":"A.B","group":")" + group_name +
                     R"(","method":"m","param":{"p":[1]},"prefix":"p/","version":3})",
                 ToText(status["info"]));
     }
@@ -141,13 +141,7 @@ TEST_F(Polling, FailuresTellWhy) {
   const std::string nul("ben/x\0", 6);
   const std::string longest = "ben/" + std::string(4096, 'x');
   const std::string admins = "@administrators/1";
-  const struct {
-    APIRequest* request;
-    std::string word;
-    std::string argument;
-    int error;
-    std::string log;
-  } rows[] = {
+  const std::tuple<APIRequest*, std::string, std::string, int, std::string> rows[] = {
       {nullptr, "status", "ben/x", 502, "329 unknown request;"},
       {&ben, "status", "", 502, "335 bad parameters;"},
       {&ben, "status", "abc", 503, "342 Invalid task id[abc];"},
@@ -171,12 +165,12 @@ TEST_F(Polling, FailuresTellWhy) {
       {&group, "list", R"(["user"])", 504, "475 Cannot get task manager;"},
       {&group, "stop", admins, 503, "103 Permission denied;"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.word + " " + row.log);
-    APIPolling asked(row.request);
-    EXPECT_FALSE(Act(row.word, asked, row.argument));
-    EXPECT_EQ(row.error, asked.GetError());
-    EXPECT_EQ(row.log, Logged());
+  for (const auto& [request, word, argument, error, logged] : rows) {
+    SCOPED_TRACE(word + " " + logged);
+    APIPolling asked(request);
+    EXPECT_FALSE(Act(word, asked, argument));
+    EXPECT_EQ(error, asked.GetError());
+    EXPECT_EQ(logged, Logged());
   }
 }
 
@@ -205,25 +199,14 @@ TEST_F(Polling, IdsAreJoined) {
 }
 
 TEST_F(Polling, StartReturnsWithTheFirstResultOrTheEnd) {
+  const char* const none = R"({"error":{"code":117},"success":false})";
   const std::pair<Work, const char*> rows[] = {
-      {[](auto*, auto* to, void*) {
-         to->SetSuccess(1);
-         to->SetError(7);
-       },
+      {[](auto*, auto* to, void*) { to->SetSuccess(1), to->SetError(7); },
        R"({"error":{"code":7},"success":false})"},
-      {[](auto*, auto* to, void*) {
-         to->SetSuccess(1);
-         throw 5;
-       },
-       R"({"data":1,"success":true})"},
-      {[](auto*, auto*, void*) { throw 5; }, R"({"error":{"code":117},"success":false})"},
-      {[](auto*, auto* to, void*) { to->SetSuccess(std::string(17 << 20, 'x')); },
-       R"({"error":{"code":117},"success":false})"},
-      {[](auto*, auto* to, void*) {
-         to->SetSuccess(1);
-         to->SetSuccess(FromText(std::string(511, '[') + std::string(511, ']')));
-       },
-       R"({"error":{"code":117},"success":false})"},
+      {[](auto*, auto* to, void*) { to->SetSuccess(1), Throw(); }, R"({"data":1,"success":true})"},
+      {[](auto*, auto*, void*) { Throw(); }, none},
+      {[](auto*, auto* to, void*) { to->SetSuccess(std::string(17 << 20, 'x')); }, none},
+      {[](auto*, auto* to, void*) { to->SetSuccess(1), to->SetSuccess(Deep(511)); }, none},
       {[](auto*, auto*, void*) {}, "{}"},
       {[](auto*, auto*, void*) { raise(SIGKILL); }, "{}"},
       {[](auto*, auto*, void*) { raise(SIGSEGV); }, "{}"},
@@ -385,7 +368,6 @@ TEST_F(Polling, TheLogIsBoundedAndItsOffsetsStay) {
   }
   EXPECT_EQ(0, Reap());
   EXPECT_EQ(kept, read(0));
-
   ASSERT_TRUE(writer.WriteLog(std::string(1 << 20, 'x') + "end\n"));
   EXPECT_EQ("xend\n", read(part["next"].asUInt() + (1 << 17) - 5));
   EXPECT_LE(read(0).size(), KEP::TaskUtil::kLargestTaskLog);

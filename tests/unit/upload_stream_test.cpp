@@ -153,10 +153,7 @@ TEST(PartHeader, LinesOfTheOneForm) {
 }
 
 TEST_F(Upload, FieldsAndFiles) {
-  const struct {
-    std::string body;
-    std::string expected;
-  } rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {"--b0--", "1"},
       {"preamble" + Field("a", "1") + Field("a", "2") + kEnd + "epilogue", "1 a=2"},
       {Field("a", "") + Field("b", "\r\n\r\n") + kEnd, "1 a= b=\r\n\r\n"},
@@ -188,9 +185,8 @@ TEST_F(Upload, FieldsAndFiles) {
       {"--b0\r\nX: " + std::string(16400, 'x') + Field("a", "1") + kEnd, "-7"},
       {Field("a", "1") + "\r\n--b0" + std::string(1025, ' ') + "\r\n", "-3"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.body.substr(0, 300));
-    EXPECT_EQ(row.expected, Load(row.body));
+  for (const auto& [body, expected] : rows) {
+    EXPECT_EQ(expected, Load(body)) << body.substr(0, 300);
   }
 }
 

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/linux/base64url.h"
 #include "platform/linux/process_identity.h"
 #include "platform/linux/random.h"
 #include "util/number_text.h"

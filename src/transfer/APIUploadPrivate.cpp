@@ -3,7 +3,6 @@
 #include <webapi/APIRequest.h>
 
 #include <memory>
-#include <new>
 
 #include "platform/string_table.h"
 #include "platform/webapi_util.h"
@@ -26,12 +25,14 @@ struct FreeTable {
 };
 using Table = std::unique_ptr<QLIBSZHASH, FreeTable>;
 
-// Calls `read`; for lack of memory no exception leaves.
+// Calls `read`; no exception leaves, be it for lack of memory, of which JSON values tell
+// by one of their own, or of the callback for progress.
 template <typename Read>
-int WithMemory(Read read) {
+int WithoutException(Read read) {
   try {
     return read();
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
+    Log(LOG_ERR, "%s:%d upload ended by an exception", kSource, __LINE__);
     return kNoMemory;
   }
 }
@@ -57,7 +58,7 @@ APIUploadPrivate::APIUploadPrivate(APIUpload* owner, APIRequest* request)
 APIUploadPrivate::~APIUploadPrivate() { OrboCgiFree(&cgi_); }
 
 int APIUploadPrivate::GetUploadParam(Json::Value& params) {
-  return WithMemory([&] {
+  return WithoutException([&] {
     if (OrboCgiLoadUploadParams(&cgi_, progress_, &state_, &loaded_, &field_name_, &file_name_) >
         0) {
       WebAPIUtil::SzHashToJsonObj(cgi_.parameters, params);
@@ -70,7 +71,7 @@ int APIUploadPrivate::GetUploadParam(Json::Value& params) {
 }
 
 int APIUploadPrivate::GetUploadFile(Json::Value& params) {
-  return WithMemory([&] {
+  return WithoutException([&] {
     if (loaded_ == 0 || field_name_.empty() || file_name_.empty()) {
       return state_.result = kFileUnknown;
     }
@@ -90,7 +91,7 @@ int APIUploadPrivate::GetUploadFile(Json::Value& params) {
 }
 
 int APIUploadPrivate::GetUploadAll(Json::Value& params, Json::Value* files) {
-  return WithMemory([&] {
+  return WithoutException([&] {
     const unsigned long long size =
         JSON::AsUInt64(request_->GetEnv("CONTENT_LENGTH", Json::Value::nullSingleton()));
     if (size == 0) {

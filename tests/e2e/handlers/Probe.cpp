@@ -230,10 +230,7 @@ void Deferred(APIRequest* request, APIResponse* response) {
   Json::Value params(Json::objectValue);
   if (TextParam(request, "interrupt") != "") {
     upload.SetUploadCallback([](unsigned long long, unsigned long long) { throw 5; });
-    try {
-      upload.GetUploadAll(params, nullptr);
-    } catch (int) {
-    }
+    steps.append(upload.GetUploadAll(params, nullptr));
   }
   int result = upload.GetUploadFile(params);
   if (TextParam(request, "all") != "") {

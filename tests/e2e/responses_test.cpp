@@ -11,8 +11,6 @@ namespace {
 class Responses : public ServerTest {};
 E2E_UNDER_EVERY_SERVER(Responses);
 
-using Lines = std::vector<std::string>;
-
 TEST_P(Responses, CarryEachPrescribedHeaderOnceAndNothingThatAHandlerPrints) {
   const HttpResponse response = server().Get(Probe("noise"));
   EXPECT_EQ(response.status, 200);

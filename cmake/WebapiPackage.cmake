@@ -10,6 +10,14 @@ install(TARGETS webapi
 
 set(webapi_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/webapi-KEP5")
 install(EXPORT webapi-KEP5Targets NAMESPACE ORBO:: DESTINATION "${webapi_package_dir}")
+# The component "testing", for the authors of handlers.
+if(TARGET webapi_testing)
+  install(TARGETS webapi_testing
+    EXPORT webapi-KEP5TestingTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT webapi-KEP5TestingTargets NAMESPACE ORBO:: DESTINATION "${webapi_package_dir}")
+endif()
 configure_package_config_file(
   "${PROJECT_SOURCE_DIR}/cmake/webapi-KEP5Config.cmake.in"
   "${PROJECT_BINARY_DIR}/webapi-KEP5Config.cmake"
@@ -21,6 +29,7 @@ install(FILES
   "${PROJECT_BINARY_DIR}/webapi-KEP5Config.cmake"
   "${PROJECT_BINARY_DIR}/webapi-KEP5ConfigVersion.cmake"
   "${PROJECT_SOURCE_DIR}/cmake/WebapiHandler.cmake"
+  "${PROJECT_SOURCE_DIR}/cmake/WebapiHandlerTest.cmake"
   DESTINATION "${webapi_package_dir}")
 
 # The prefix is found from the file's own place, so that the tree can be moved.

@@ -74,7 +74,9 @@ const Json::Value& HandlerAnswer::Errors() const {
 
 int HandlerAnswer::Status() const {
   const std::string status = Header("Status");
-  return !fault_.empty() ? 0 : status.empty() ? kOk : std::atoi(status.c_str());
+  return !fault_.empty()  ? 0
+         : status.empty() ? kOk
+                          : static_cast<int>(std::strtol(status.c_str(), nullptr, 10));
 }
 
 std::string HandlerAnswer::Header(const std::string& name) const {

@@ -66,9 +66,9 @@ int HandlerAnswer::Code() const {
   return JSON::IsNull(body_) ? kNoCode : JSON::AsInt(JSON::At(JSON::At(body_, "error"), "code"));
 }
 
-const Json::Value& HandlerAnswer::Data() const { return JSON::At(body_, "data"); }
+const Json::Value& HandlerAnswer::Data() const& { return JSON::At(body_, "data"); }
 
-const Json::Value& HandlerAnswer::Errors() const {
+const Json::Value& HandlerAnswer::Errors() const& {
   return JSON::At(JSON::At(body_, "error"), "errors");
 }
 

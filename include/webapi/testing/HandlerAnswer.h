@@ -25,9 +25,13 @@ class HandlerAnswer {
   bool Success() const;
   // The error code; 0 for success, -1 where the answer is not that of an API.
   int Code() const;
-  const Json::Value& Data() const;
-  const Json::Value& Errors() const;
-  const Json::Value& Body() const { return body_; }
+  const Json::Value& Data() const&;
+  const Json::Value& Errors() const&;
+  const Json::Value& Body() const& { return body_; }
+  // Of an answer that nobody keeps.
+  Json::Value Data() && { return std::as_const(*this).Data(); }
+  Json::Value Errors() && { return std::as_const(*this).Errors(); }
+  Json::Value Body() && { return std::move(body_); }
 
   // --- The answer as HTTP ---
 
@@ -40,7 +44,8 @@ class HandlerAnswer {
   // All headers in their order, the names as they were sent.
   const std::vector<std::pair<std::string, std::string>>& Headers() const { return headers_; }
   // What follows the headers.
-  const std::string& Content() const { return content_; }
+  const std::string& Content() const& { return content_; }
+  std::string Content() && { return std::move(content_); }
 
   // The content without the line end of JSON answers, or the fault: one text to compare
   // with what is expected, and for the message of a test that fails.

@@ -17,6 +17,7 @@ namespace ORBO {
 
 class APIRunnerPrivate;
 class DescriptionCache;
+class DescriptionDefaults;
 
 // The missing virtual destructor is part of the binary interface.
 #pragma GCC diagnostic push
@@ -181,14 +182,14 @@ class WEBAPI_EXPORT APIRunner {
   // Runs one call of a compound request; false if it failed or was refused.
   bool ProcessElement(APIRequest* request, APIResponse* response);
 
-  Json::Value lib_def_;                        // defaults of the descriptions
-  std::unique_ptr<DescriptionCache> descs_;    // descriptions by API name
-  std::unique_ptr<APIRequest> request_;        // the request being served
-  std::unique_ptr<APIResponse> response_;      // its response
-  std::map<std::string, void*> libs_;          // open handler libraries by path
-  std::int32_t compound_depth_ = 0;            // compound requests being handled
-  std::int32_t calls_left_ = 1000;             // how many calls they may still make
-  std::unique_ptr<APIRunnerPrivate> private_;  // the process's identity
+  std::unique_ptr<DescriptionDefaults> defaults_;  // of the descriptions
+  std::unique_ptr<DescriptionCache> descs_;        // descriptions by API name
+  std::unique_ptr<APIRequest> request_;            // the request being served
+  std::unique_ptr<APIResponse> response_;          // its response
+  std::map<std::string, void*> libs_;              // open handler libraries by path
+  std::int32_t compound_depth_ = 0;                // compound requests being handled
+  std::int32_t calls_left_ = 1000;                 // how many calls they may still make
+  std::unique_ptr<APIRunnerPrivate> private_;      // the process's identity
 };
 
 #pragma GCC diagnostic pop

@@ -9,6 +9,7 @@
 #include "entry/permission_codes.h"
 #include "entry/user_rights.h"
 #include "request/APIRequestPrivate.h"
+#include "runner/DescriptionCache.h"
 #include "util/error_codes.h"
 #include "util/json_types.h"
 
@@ -78,10 +79,12 @@ bool WebEntry::CheckPermission(APIRequest* request, APIResponse* response) {
   APIRequestPrivate& call = *request->private_;
   const std::string user = request->GetLoginUserName();
   // A method's own list replaces the API's.
-  const Json::Value* const own =
-      JSON::Find(GetMethod(call.api(), call.version(), call.method()), "allowUser");
-  if (!IsUserAllowed(request, user.c_str(),
-                     own != nullptr ? *own : request->GetAPIInfo("allowUser", Json::Value())) ||
+  Json::Value allowed;
+  if (!descs_->FindMethodAttribute(call.api(), call.version(), call.method(), "allowUser",
+                                   allowed)) {
+    allowed = request->GetAPIInfo("allowUser", Json::Value());
+  }
+  if (!IsUserAllowed(request, user.c_str(), allowed) ||
       !HasRequiredPrivilege(request, user.c_str())) {
     response->SetError(kErrorNoPrivilege);
     return false;

@@ -115,11 +115,11 @@ bool APIRunner::ProcessLib(APIRequest* request, APIResponse* response) {
   }
   std::optional<StreamGuard> input;
   if (!allow_upload) {
-    input.emplace(std::cin, std::ios::in);
+    input.emplace(std::cin);
   }
   std::optional<StreamGuard> output;
   if (!allow_download) {
-    output.emplace(std::cout, std::ios::out);
+    output.emplace(std::cout);
   }
   const PriorityGuard priority(
       JSON::AsInt(request->private_->GetData("reqLib", "priority", Json::Value(0))));

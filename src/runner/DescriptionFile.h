@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "util/json_members.h"
+
 namespace ORBO {
 
 // One description file: its text with an index of the APIs, versions and
@@ -37,16 +39,11 @@ class DescriptionFile {
     std::size_t count;
   };
 
-  struct Member {
-    std::string_view key;  // with its quotes
-    std::string_view text;
-  };
-
   // The description entry of one API.
   struct Entry {
     std::string api;
     std::string_view text;
-    std::vector<Member> members;
+    std::vector<JSON::Member> members;
     std::vector<Version> versions;
     std::vector<Method> methods;
 

@@ -9,9 +9,9 @@ namespace {
 constexpr int kMinPriority = -10;
 constexpr int kMaxPriority = 10;
 
-void SetDefault(Json::Value& entry, const char* key, const Json::Value& value) {
+void SetDefault(Json::Value& entry, const char* key, DescriptionDefaults& defaults) {
   if (!JSON::Has(entry, key)) {
-    JSON::Set(entry, key, value);
+    JSON::Set(entry, key, defaults.Get(key));
   }
 }
 
@@ -53,11 +53,13 @@ bool IsValidDescription(const DescriptionFile::Entry& entry) {
   return priority.empty() || (ReadInt(priority, number) && IsPriority(number));
 }
 
-void ApplyDescriptionDefaults(Json::Value& entry, const Json::Value& lib_def) {
-  SetDefault(entry, "authLevel", JSON::At(lib_def, "authLevel"));
-  SetDefault(entry, "allowUser", JSON::At(lib_def, "allowUser"));
-  SetDefault(entry, "requestFormat", Json::Value("JSON"));
-  SetDefault(entry, "priority", JSON::At(lib_def, "priority"));
+void ApplyDescriptionDefaults(Json::Value& entry, DescriptionDefaults& defaults) {
+  for (const char* const key : {"authLevel", "allowUser", "priority"}) {
+    SetDefault(entry, key, defaults);
+  }
+  if (!JSON::Has(entry, "requestFormat")) {
+    JSON::Set(entry, "requestFormat", Json::Value("JSON"));
+  }
 }
 
 }  // namespace ORBO

@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include "runner/DescriptionDefaults.h"
 #include "runner/DescriptionFile.h"
 
 namespace ORBO {
@@ -12,7 +13,7 @@ bool IsValidDescription(const Json::Value& entry);
 bool IsValidDescription(const DescriptionFile::Entry& entry);
 
 // Fills the keys that `entry` lacks: "authLevel", "allowUser" and "priority"
-// from `lib_def` (null where it lacks them too), "requestFormat" with "JSON".
-void ApplyDescriptionDefaults(Json::Value& entry, const Json::Value& lib_def);
+// from `defaults` (null where it lacks them too), "requestFormat" with "JSON".
+void ApplyDescriptionDefaults(Json::Value& entry, DescriptionDefaults& defaults);
 
 }  // namespace ORBO

@@ -53,13 +53,16 @@ class ServerTest : public ::testing::TestWithParam<ServerKind> {
 
 // The server in the names of tests and in their reports.
 inline void PrintTo(ServerKind kind, std::ostream* out) {
-  *out << (kind == ServerKind::kLighttpd ? "lighttpd" : "apache");
+  *out << (kind == ServerKind::kLighttpd ? "lighttpd"
+           : kind == ServerKind::kApache ? "apache"
+                                         : "nginx");
 }
 
-#define E2E_UNDER_EVERY_SERVER(suite)                                                     \
-  INSTANTIATE_TEST_SUITE_P(Web, suite,                                                    \
-                           ::testing::Values(ServerKind::kLighttpd, ServerKind::kApache), \
-                           ::testing::PrintToStringParamName())
+#define E2E_UNDER_EVERY_SERVER(suite)                                                    \
+  INSTANTIATE_TEST_SUITE_P(                                                              \
+      Web, suite,                                                                        \
+      ::testing::Values(ServerKind::kLighttpd, ServerKind::kApache, ServerKind::kNginx), \
+      ::testing::PrintToStringParamName())
 
 // The query of a method of the probe API.
 inline std::string Probe(const std::string& method, const std::string& parameters = "") {

@@ -67,7 +67,7 @@ TEST(APIDownload, LeavesNoTraceOfAFailure) {
   EXPECT_EQ("", Answer(download, "none.png", -ENOENT));
   EXPECT_EQ("", Answer(download, std::string("a.txt\0.png", 10), -EINVAL));
   {
-    const StreamGuard guard(std::cout, std::ios::out);
+    const StreamGuard guard(std::cout);
     EXPECT_EQ("", Answer(download, "a.txt", -EPERM));
   }
   EXPECT_EQ(kJsonType, response.GetHeader("Content-type", ""));

@@ -25,7 +25,7 @@ struct HttpResponse {
 using Watch = std::function<bool(std::string& received)>;
 
 enum class AfterRequest { kListen, kHangUp };
-enum class ServerKind { kLighttpd, kApache };
+enum class ServerKind { kLighttpd, kApache, kNginx };
 
 // A web server with a root directory and a port of its own, configured by the
 // files that are shipped as examples.  It is stopped, and its directory removed,

@@ -38,6 +38,6 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "systemd | systemd-standalone-tmpfiles
 set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/debian/postinst")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "The command webapi, the handlers and descriptions of the system, the manual pages.")
+  "The command webapi, the handlers and descriptions, the client, the manual pages.")
 
 include(CPack)

@@ -78,12 +78,8 @@ bool WebEntry::CheckPermission(APIRequest* request, APIResponse* response) {
   }
   APIRequestPrivate& call = *request->private_;
   const std::string user = request->GetLoginUserName();
-  // A method's own list replaces the API's.
-  Json::Value allowed;
-  if (!descs_->FindMethodAttribute(call.api(), call.version(), call.method(), "allowUser",
-                                   allowed)) {
-    allowed = request->GetAPIInfo("allowUser", Json::Value());
-  }
+  const Json::Value allowed =
+      AllowedUsers(request, call.api(), call.version(), call.method(), *descs_);
   if (!IsUserAllowed(request, user.c_str(), allowed) ||
       !HasRequiredPrivilege(request, user.c_str())) {
     response->SetError(kErrorNoPrivilege);

@@ -21,7 +21,6 @@ namespace ORBO {
 namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
-constexpr char kDefaultsFile[] = "lib.def";
 
 }  // namespace
 

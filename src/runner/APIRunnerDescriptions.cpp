@@ -1,17 +1,14 @@
-#include <glob.h>
-
 #include <webapi/APIRunner.h>
 
 #include "request/APIRequestPrivate.h"
 #include "runner/DescriptionCache.h"
+#include "runner/description_candidates.h"
 #include "runner/description_rules.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
 
 namespace ORBO {
 namespace {
-
-constexpr char kDescriptionPattern[] = "*.lib";
 
 // Adds every usable entry of `file` to `descs` as a value.
 void AddEntries(const DescriptionFile& file, DescriptionDefaults& defaults, Json::Value& descs) {
@@ -29,18 +26,13 @@ void AddEntries(const DescriptionFile& file, DescriptionDefaults& defaults, Json
 }  // namespace
 
 bool APIRunner::InitLibDesc(Json::Value& descs) {
-  glob_t found{};
-  if (glob(kDescriptionPattern, 0, nullptr, &found) != 0) {
-    globfree(&found);
-    return false;
-  }
-  for (std::size_t i = 0; i < found.gl_pathc; ++i) {
-    if (const auto file = DescriptionFile::Read(found.gl_pathv[i])) {
+  const std::vector<std::string> names = DescriptionFileNames();
+  for (const std::string& name : names) {
+    if (const auto file = DescriptionFile::Read(name)) {
       AddEntries(*file, *defaults_, descs);
     }
   }
-  globfree(&found);
-  return true;
+  return !names.empty();
 }
 
 bool APIRunner::InitLibDesc(Json::Value& descs, const std::string& api) {

@@ -5,6 +5,7 @@
 
 #include "request/APIRequestPrivate.h"
 #include "runner/HatGuard.h"
+#include "runner/entry_api.h"
 #include "runner/table_lookup.h"
 #include "util/PriorityGuard.h"
 #include "util/StreamGuard.h"
@@ -17,7 +18,6 @@ namespace ORBO {
 namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
-constexpr char kEntryAPI[] = "ORBO.Entry.Request";
 
 // Calls `function`, a check or a handler of a separately built library, and
 // keeps its exceptions from leaving.  False if it threw.

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/files.h"
 #include "runner/description_candidates.h"
 #include "runner/description_rules.h"
 #include "runner/method_lookup.h"
@@ -22,16 +21,11 @@ constexpr JSON::Comments kComments = JSON::Comments::kAllowed;
 }  // namespace
 
 std::string FindDescriptionFile(const std::string& api) {
-  const std::vector<std::string> candidates = DescriptionCandidates(api);
-  for (auto path = candidates.rbegin(); path != candidates.rend(); ++path) {
-    if (QLIBCFileExist(path->c_str()) == 1) {
-      return *path;
-    }
-  }
-  if (!api.empty()) {
+  std::string path = ExistingCandidate(api);
+  if (path.empty() && !api.empty()) {
     Log(LOG_ERR, "%s:%d WebAPI %s is not valid", kSource, __LINE__, LogText(api).c_str());
   }
-  return {};
+  return path;
 }
 
 std::unique_ptr<DescriptionFile> ReadDescriptionFile(const std::string& path) {
@@ -156,8 +150,16 @@ bool DescriptionCache::FindAttribute(std::string_view text, std::string_view nam
     }
     return found != nullptr;
   }
-  return text.front() == '{' &&
-         JSON::Parse(JSON::FindMember(Split(text).members, name), out, kComments);
+  const std::string_view own =
+      text.front() == '{' ? JSON::FindMember(Split(text).members, name) : std::string_view();
+  if (own.empty()) {
+    return false;
+  }
+  // What cannot be read stands for nothing, and not for being missing.
+  if (!JSON::Parse(own, out, kComments)) {
+    out = Json::Value();
+  }
+  return true;
 }
 
 bool DescriptionCache::FindMethodAttribute(const std::string& api, int version,

@@ -11,6 +11,9 @@
 
 namespace ORBO {
 
+// The name of the defaults file, in the web-API directory.
+inline constexpr char kDefaultsFile[] = "lib.def";
+
 // The defaults file: what descriptions and methods take for the attributes that
 // they lack.  The text is checked at once; its members become values when they are
 // asked for, since a call needs few of them.

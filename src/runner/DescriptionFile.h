@@ -58,6 +58,8 @@ class DescriptionFile {
   DescriptionFile(const DescriptionFile&) = delete;
   DescriptionFile& operator=(const DescriptionFile&) = delete;
 
+  // The whole text, which all views are pieces of.
+  const std::string& text() const { return text_; }
   // The APIs of the file in name order.
   const std::vector<Entry>& entries() const { return entries_; }
 

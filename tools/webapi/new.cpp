@@ -40,7 +40,12 @@ constexpr std::ptrdiff_t kMostParts = 5;
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-// Also false for those of the system, whose descriptions would be replaced.
+// Whether the system itself has a description of that name.
+bool IsOwnApi(const std::string& name) {
+  return std::string_view("|" WEBAPI_OWN_APIS "|").find("|" + name + "|") != std::string::npos;
+}
+
+// Also false where the project's description would replace one of the system's.
 bool IsApiName(const std::string& name) {
   char before = '.';
   for (const char c : name) {
@@ -52,7 +57,7 @@ bool IsApiName(const std::string& name) {
   }
   const auto parts = std::count(name.begin(), name.end(), '.') + 1;
   return before != '.' && name.size() <= kLongestName && parts >= kFewestParts &&
-         parts <= kMostParts && name != "ORBO.Entry" && name != "ORBO.Session";
+         parts <= kMostParts && !IsOwnApi(name);
 }
 
 // The words that stand in the templates, and the names of files, for an API.

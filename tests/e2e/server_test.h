@@ -63,11 +63,17 @@ class ServerTest : public ::testing::TestWithParam<ServerKind> {
                             AfterRequest::kListen, watch);
   }
 
-  // What a sanitizer finds at the end of a program comes after the answer.
+  // What a sanitizer finds at the end of a program comes after the answer, as does the
+  // end of what an upload has stored.
   static void TearDownTestSuite() {
     for (const auto& [kind, server] : servers_) {
       const std::string log = ReadFile(server->root().RunDirectory() + "/error.log");
       EXPECT_EQ(log.find("Sanitizer"), std::string::npos) << log;
+      std::error_code gone;  // meanwhile: the server is still there
+      fs::recursive_directory_iterator entry(server->root().path(), gone);
+      for (; entry != fs::recursive_directory_iterator(); entry.increment(gone)) {
+        EXPECT_NE(entry->path().filename().string().rfind("upload-", 0), 0U) << entry->path();
+      }
     }
   }
 

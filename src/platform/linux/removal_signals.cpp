@@ -1,17 +1,21 @@
 #include "platform/linux/removal_signals.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <iterator>
 
 namespace ORBO {
 namespace {
 
 // Web servers send SIGTERM when the client has hung up; a handler crashes, or writes
 // to a server that is gone.
-constexpr int kSignals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGILL,  SIGABRT, SIGBUS,  SIGFPE,
-                            SIGSEGV, SIGPIPE, SIGALRM, SIGTERM, SIGXCPU, SIGXFSZ, SIGSYS};
+constexpr int kSignals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGILL,    SIGTRAP, SIGABRT, SIGBUS,
+                            SIGFPE,  SIGUSR1, SIGSEGV, SIGUSR2,   SIGPIPE, SIGALRM, SIGTERM,
+                            SIGXCPU, SIGXFSZ, SIGPROF, SIGVTALRM, SIGSYS};
+constexpr int kFaults[] = {SIGILL, SIGTRAP, SIGABRT, SIGBUS, SIGFPE, SIGSEGV, SIGSYS};
 constexpr std::size_t kStackSize = 16384;
 
 struct Taken {
@@ -23,6 +27,14 @@ std::array<Taken, std::size(kSignals)> g_taken;
 void (*g_remove)() = nullptr;
 // For a crash by a stack that is full.
 alignas(16) char g_stack[kStackSize];
+
+// Whether the signal ends the process.  After a fault it does whatever handler there is;
+// after others a handler mostly goes on.
+bool IsFatal(int number, const struct sigaction& action) {
+  const bool is_fault =
+      std::find(std::begin(kFaults), std::end(kFaults), number) != std::end(kFaults);
+  return action.sa_handler == SIG_DFL || (is_fault && action.sa_handler != SIG_IGN);
+}
 
 void OnSignal(int number) {
   const int error = errno;
@@ -67,7 +79,7 @@ void TakeSignals(void (*remove)()) {
   for (std::size_t i = 0; i < g_taken.size(); ++i) {
     sigaction(kSignals[i], nullptr, &g_taken[i].earlier);
     g_taken[i].is_taken =
-        g_taken[i].earlier.sa_handler != SIG_IGN && sigaction(kSignals[i], &action, nullptr) == 0;
+        IsFatal(kSignals[i], g_taken[i].earlier) && sigaction(kSignals[i], &action, nullptr) == 0;
   }
 }
 

@@ -190,10 +190,12 @@ bool APIPollingPrivate::List(const std::string& prefix, const Json::Value& group
   if (!JSON::IsArray(groups)) {
     return Fail(446, "bad parameters", APIPolling::ERROR_BAD_PARAMETER);
   }
+  // Copied: the caller may have given one object for both.
+  const Json::Value asked = groups;
   if (!JSON::IsObject(out)) {
     out = Json::Value(Json::objectValue);
   }
-  for (const Json::Value& element : groups) {
+  for (const Json::Value& element : asked) {
     const std::string group = JSON::AsString(element);
     std::string owner;
     if (!OwnerOfGroup(group, owner)) {

@@ -16,6 +16,7 @@
 #include "platform/task.h"
 #include "polling/APIPollingPrivate.h"
 #include "polling/task_owners.h"
+#include "request/APIRequestPrivate.h"
 #include "util/error_codes.h"
 #include "util/exception_text.h"
 #include "util/json_types.h"
@@ -26,15 +27,6 @@ namespace {
 
 constexpr char kSource[] = "APIPolling";
 constexpr unsigned long kLongestWait = 60;  // seconds
-
-// What the child's request knows of its task.
-Json::Value TaskEnvironment(const std::string& owner, const std::string& id) {
-  Json::Value env(Json::objectValue);
-  env["task_id"] = id;
-  env["task_user"] = owner;
-  env["full_task_id"] = owner + "/" + id;
-  return env;
-}
 
 // Ends the child.  Exit handlers are the parent's, and so is what its streams held
 // at the fork, which the fork has flushed.
@@ -71,7 +63,7 @@ void Finish(KEP::Task& task) {
                           APIResponse* response, APIPollingPrivate::Function function,
                           void* argument) noexcept {
   setsid();
-  request->InitEnv(TaskEnvironment(owner, task.getTaskId()));
+  APIPollingPrivate::BecomeTask(request, owner, task.getTaskId());
   RestoreSignals();
   // Who has stopped the task already found nobody to signal.
   if (!task.setCreatePid(getpid()) && task.reload() && task.isMarkedFinished()) {
@@ -91,6 +83,16 @@ void Finish(KEP::Task& task) {
 }
 
 }  // namespace
+
+void APIPollingPrivate::BecomeTask(APIRequest* request, const std::string& owner,
+                                   const std::string& id) {
+  Json::Value env(Json::objectValue);
+  env["task_id"] = id;
+  env["task_user"] = owner;
+  env["full_task_id"] = owner + "/" + id;
+  request->private_->ClearData("environ", "");
+  request->private_->InitEnv(std::move(env));
+}
 
 bool APIPollingPrivate::OwnerOfNewTask(APIResponse* response, std::string& owner) {
   const std::string group =

@@ -20,6 +20,7 @@
 #include "unit/WebAPIDirectory.h"
 #include "unit/json.h"
 #include "util/log_text.h"
+#include "util/read_file.h"
 
 namespace ORBO {
 namespace {
@@ -54,6 +55,12 @@ struct Polling : testing::Test {
     Json::Value status;
     EXPECT_TRUE(polling.Status(id, status));
     return status;
+  }
+  // Whether the end of the task has left its record for good.
+  bool IsKept(const std::string& id) const {
+    std::string record;
+    return ReadWholeFile(tasks + id + ".json", record) &&
+           record.find(R"("autoRemove":false)") != std::string::npos;
   }
   // What was logged since the last time, without the source's name.
   std::string Logged() {
@@ -173,9 +180,15 @@ TEST_F(Polling, FailuresTellWhy) {
   }
 }
 
-TEST_F(Polling, StatusOfManyPassesOverWhatIsNone) {
+TEST_F(Polling, ListsAndStatusOfManyPassOverWhatIsNone) {
   const std::string id = Start(Succeed);
   Reap();
+  Json::Value groups = FromText(R"(["user","everyone"])");
+  EXPECT_TRUE(polling.List("", groups, groups));
+  EXPECT_EQ(R"({"everyone":null,"user":[")" + id + R"("]})", ToText(groups));
+  EXPECT_FALSE(polling.List("z" + id, FromText(R"(["user","x"])"), groups));
+  EXPECT_TRUE(groups["user"].isNull() && polling.GetError() == 503) << "the first one stays";
+  polling.SetError(500);
   Json::Value ids = FromText(R"(["", "bad", "ben/none", "ada/1", 5, null, {}, ["ben/1"]])");
   ids.append(id);
   EXPECT_TRUE(polling.Status(ids, ids));
@@ -279,11 +292,7 @@ TEST_F(Polling, AStopSettlesWhatBecomesOfTheRecord) {
   EXPECT_TRUE(Reap() == 0 && !Status(ids[1]).isMember("data")) << "nobody could stop it";
   signal(SIGTERM, of_host);
   sigprocmask(SIG_UNBLOCK, &term, nullptr);
-  for (const std::string& id : ids) {
-    std::ifstream record(tasks + id + ".json");
-    const std::string stored{std::istreambuf_iterator<char>(record), {}};
-    EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
-  }
+  EXPECT_TRUE(IsKept(ids[0]) && IsKept(ids[1]));
 }
 
 TEST_F(Polling, TheWorkHasASessionAndAnEndOfItsOwn) {
@@ -293,15 +302,14 @@ TEST_F(Polling, TheWorkHasASessionAndAnEndOfItsOwn) {
   starter = getpid();
   std::atexit([] { getpid() == starter || std::ofstream(mark); });
   polling.SetRemoveAttr(false);
+  ben.InitEnv(FromText(R"({"CONTENT_TYPE":"multipart/form-data"})"));
   const std::string id = Start([](APIRequest* request, APIResponse* to, void*) {
-    to->SetSuccess(getsid(0) == getpid() ? request->GetPollingTaskId() : "");
+    const bool is_own = getsid(0) == getpid() && !request->IsUploadRequest();
+    to->SetSuccess(is_own ? request->GetPollingTaskId() : "");
   });
   EXPECT_EQ(0, Reap());
   EXPECT_EQ(id, Status(id)["data"].asString());
-  EXPECT_FALSE(fs::exists(mark) || ben.IsPollingTask());
-  std::ifstream record(tasks + id + ".json");
-  const std::string stored{std::istreambuf_iterator<char>(record), {}};
-  EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
+  EXPECT_FALSE(fs::exists(mark) || ben.IsPollingTask() || !IsKept(id));
 }
 
 TEST_F(Polling, StopMarksATaskThatIgnoresIt) {

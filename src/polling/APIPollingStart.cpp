@@ -1,4 +1,5 @@
 #include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <webapi/APIRequest.h>
@@ -55,6 +56,14 @@ void Finish(KEP::Task& task) {
     task.finish(task.getBoolProperty("auto_remove", false));
     task.endUpdate();
   }
+}
+
+// Whether the child has ended.  Its exit status is left for the caller.
+bool HasEnded(pid_t child) {
+  siginfo_t info{};
+  const int flags = WEXITED | WNOHANG | WNOWAIT;
+  return waitid(P_PID, static_cast<id_t>(child), &info, flags) == 0 ? info.si_pid != 0
+                                                                    : errno == ECHILD;
 }
 
 // The child's whole life.  What cannot be caught ends the process, and with it the task:
@@ -174,7 +183,10 @@ bool APIPollingPrivate::Start(APIResponse* response, Function function, void* ar
   }
   // Also done by the child, which may have to wait for other writers, and works on when
   // that takes too long.
-  task->setCreatePid(child);
+  if (!task->setCreatePid(child) && HasEnded(child)) {
+    // Killed before anybody knew its id, it would be waited for to the last.
+    Finish(*task);
+  }
   task->waitForDataReady("task_run", kLongestWait);
   Json::Value data(Json::objectValue);
   data["task_id"] = owner + "/" + task->getTaskId();

@@ -105,7 +105,7 @@ Sandbox::~Sandbox() {
 }
 
 Request Sandbox::Plain() const {
-  return {"plain", {Query("ORBO.Example.Greeting", "hello", "&name=Ada")}, ""};
+  return {"plain", {Query("ORBO.Example.Greeting", "hello", "&name=Ada&tid=t")}, ""};
 }
 
 Request Sandbox::Authenticated() const {

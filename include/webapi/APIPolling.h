@@ -74,10 +74,10 @@ class WEBAPI_EXPORT APIPolling {
   // --- Starting ---
 
   // Runs `function(request, response, argument)` in a process of its own, which ends
-  // when it returns.  There the request is a task (IsPollingTask), every SetSuccess
-  // and SetError of the response is written into the record, the standard streams
-  // are /dev/null, SIGTERM has its default action, and neither guards nor exit handlers
-  // of the caller run.  A caller that lives on has to wait(2) for it.
+  // when it returns.  There the request is a task (IsPollingTask) without CGI variables,
+  // every SetSuccess and SetError of the response is written into the record, the
+  // standard streams are /dev/null, SIGTERM has its default action, and neither guards
+  // nor exit handlers of the caller run.  A caller that lives on has to wait(2) for it.
   //
   // Returns in the calling process alone: true once the work has set its first
   // result, has ended, or 60 seconds are over, with the answer {"task_id": id} set

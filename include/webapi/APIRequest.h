@@ -218,6 +218,7 @@ class WEBAPI_EXPORT APIRequest {
  private:
   friend class APIRunner;  // hands descriptions and parameters over without copying them
   friend class WebEntry;
+  friend class APIPollingPrivate;  // makes a background task of a request
 
   std::unique_ptr<APIRequestPrivate> private_;
 };

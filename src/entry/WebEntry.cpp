@@ -118,6 +118,7 @@ bool WebEntry::InitSessionVariables() {
     cookie = WithSessionCookie(std::move(cookie), session_id.Get().c_str());
     setenv(kCookieVariable, cookie.c_str(), 1);
   } else if (setenv(kTokenVariable, token.Get().c_str(), 1) != 0) {
+    response_->SetError(kErrorNoResult);
     return false;
   }
   OrboCgiLoadInCookies(cgi_.get());

@@ -54,7 +54,8 @@ void RunCallbacks(const APIResponsePrivate::CallbackList& callbacks) {
   }
 }
 
-[[noreturn]] void RunDetached(const APIResponsePrivate::CallbackList& callbacks) {
+// What cannot be caught ends the process: the caller's code must not run in two.
+[[noreturn]] void RunDetached(const APIResponsePrivate::CallbackList& callbacks) noexcept {
   setsid();
   sleep(kCallbackDelay);
   const bool confined = ORBO_aa_has_profile_restricted() != 0;

@@ -44,6 +44,9 @@ class APIPollingPrivate : public APIBase {
   // `ids`, a text, an object or an array of short ids, as full ones in the same
   // shape; null for an empty owner, empty `ids` and any other type.
   Json::Value ConverToFullTaskId(const std::string& owner, const Json::Value& ids);
+  // Makes `request` that of the task `id`.  Nothing of the CGI environment is left, or the
+  // task would look for what the client has sent.
+  static void BecomeTask(APIRequest* request, const std::string& owner, const std::string& id);
   // Sends SIGTERM; a process that is gone is fine.
   bool DoKill(int pid);
 

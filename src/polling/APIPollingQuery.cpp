@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "platform/task.h"
 #include "polling/APIPollingPrivate.h"
@@ -190,11 +192,15 @@ bool APIPollingPrivate::List(const std::string& prefix, const Json::Value& group
   if (!JSON::IsArray(groups)) {
     return Fail(446, "bad parameters", APIPolling::ERROR_BAD_PARAMETER);
   }
+  // Read first: the caller may have given one object for both.
+  std::vector<std::string> names;
+  for (const Json::Value& element : groups) {
+    names.push_back(JSON::AsString(element));
+  }
   if (!JSON::IsObject(out)) {
     out = Json::Value(Json::objectValue);
   }
-  for (const Json::Value& element : groups) {
-    const std::string group = JSON::AsString(element);
+  for (const std::string& group : names) {
     std::string owner;
     if (!OwnerOfGroup(group, owner)) {
       return false;

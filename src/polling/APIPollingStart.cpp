@@ -1,4 +1,5 @@
 #include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <webapi/APIRequest.h>
@@ -16,6 +17,7 @@
 #include "platform/task.h"
 #include "polling/APIPollingPrivate.h"
 #include "polling/task_owners.h"
+#include "request/APIRequestPrivate.h"
 #include "util/error_codes.h"
 #include "util/exception_text.h"
 #include "util/json_types.h"
@@ -26,15 +28,6 @@ namespace {
 
 constexpr char kSource[] = "APIPolling";
 constexpr unsigned long kLongestWait = 60;  // seconds
-
-// What the child's request knows of its task.
-Json::Value TaskEnvironment(const std::string& owner, const std::string& id) {
-  Json::Value env(Json::objectValue);
-  env["task_id"] = id;
-  env["task_user"] = owner;
-  env["full_task_id"] = owner + "/" + id;
-  return env;
-}
 
 // Ends the child.  Exit handlers are the parent's, and so is what its streams held
 // at the fork, which the fork has flushed.
@@ -65,13 +58,21 @@ void Finish(KEP::Task& task) {
   }
 }
 
+// Whether the child has ended.  Its exit status is left for the caller.
+bool HasEnded(pid_t child) {
+  siginfo_t info{};
+  const int flags = WEXITED | WNOHANG | WNOWAIT;
+  return waitid(P_PID, static_cast<id_t>(child), &info, flags) == 0 ? info.si_pid != 0
+                                                                    : errno == ECHILD;
+}
+
 // The child's whole life.  What cannot be caught ends the process, and with it the task:
 // the caller's code must not run in two processes.
 [[noreturn]] void RunTask(KEP::Task& task, const std::string& owner, APIRequest* request,
                           APIResponse* response, APIPollingPrivate::Function function,
                           void* argument) noexcept {
   setsid();
-  request->InitEnv(TaskEnvironment(owner, task.getTaskId()));
+  APIPollingPrivate::BecomeTask(request, owner, task.getTaskId());
   RestoreSignals();
   // Who has stopped the task already found nobody to signal.
   if (!task.setCreatePid(getpid()) && task.reload() && task.isMarkedFinished()) {
@@ -91,6 +92,16 @@ void Finish(KEP::Task& task) {
 }
 
 }  // namespace
+
+void APIPollingPrivate::BecomeTask(APIRequest* request, const std::string& owner,
+                                   const std::string& id) {
+  Json::Value env(Json::objectValue);
+  env["task_id"] = id;
+  env["task_user"] = owner;
+  env["full_task_id"] = owner + "/" + id;
+  request->private_->ClearData("environ", "");
+  request->private_->InitEnv(std::move(env));
+}
 
 bool APIPollingPrivate::OwnerOfNewTask(APIResponse* response, std::string& owner) {
   const std::string group =
@@ -172,7 +183,10 @@ bool APIPollingPrivate::Start(APIResponse* response, Function function, void* ar
   }
   // Also done by the child, which may have to wait for other writers, and works on when
   // that takes too long.
-  task->setCreatePid(child);
+  if (!task->setCreatePid(child) && HasEnded(child)) {
+    // Killed before anybody knew its id, it would be waited for to the last.
+    Finish(*task);
+  }
   task->waitForDataReady("task_run", kLongestWait);
   Json::Value data(Json::objectValue);
   data["task_id"] = owner + "/" + task->getTaskId();

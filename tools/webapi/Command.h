@@ -49,6 +49,7 @@ extern const Command kTokenRevoke;
 extern const Command kPasswd;
 extern const Command kCall;
 extern const Command kList;
+extern const Command kCheck;
 extern const Command kTask;
 extern const Command kTaskList;
 extern const Command kTaskStatus;

@@ -53,6 +53,10 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
                                 "list ORBO.A ORBO.B",
                                 "check --seconds 0",
                                 "check --seconds 3601",
+                                "explain ORBO.A",
+                                "explain ORBO.A get --version 0",
+                                "explain ORBO.A get --user a/b",
+                                "explain ORBO.A get --address 10.0.0",
                                 "passwd",
                                 "passwd a:b --remove",
                                 "passwd a --stdin --remove"}) {
@@ -68,9 +72,10 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
 }
 
 TEST_F(Usage, HelpIsThereForEveryCommand) {
-  for (const char* command : {"", " call", " list", " check", " session", " session open",
-                              " session list", " session show", " session close", " token",
-                              " token create", " token list", " token revoke", " passwd"}) {
+  for (const char* command :
+       {"", " call", " list", " check", " explain", " session", " session open", " session list",
+        " session show", " session close", " token", " token create", " token list",
+        " token revoke", " passwd"}) {
     SCOPED_TRACE(command);
     const std::string help = Output(command + std::string(" --help"));
     EXPECT_THAT(help, StartsWith(std::string("usage: webapi") + command));

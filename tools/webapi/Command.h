@@ -50,6 +50,7 @@ extern const Command kPasswd;
 extern const Command kCall;
 extern const Command kList;
 extern const Command kCheck;
+extern const Command kExplain;
 extern const Command kTask;
 extern const Command kTaskList;
 extern const Command kTaskStatus;

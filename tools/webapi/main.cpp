@@ -11,8 +11,9 @@ namespace {
 using ORBO::tool::Command;
 
 constexpr const Command* kCommands[] = {
-    &ORBO::tool::kCall,  &ORBO::tool::kList,   &ORBO::tool::kCheck, &ORBO::tool::kSession,
-    &ORBO::tool::kToken, &ORBO::tool::kPasswd, &ORBO::tool::kTask,  nullptr};
+    &ORBO::tool::kCall,    &ORBO::tool::kList,    &ORBO::tool::kCheck,
+    &ORBO::tool::kExplain, &ORBO::tool::kSession, &ORBO::tool::kToken,
+    &ORBO::tool::kPasswd,  &ORBO::tool::kTask,    nullptr};
 
 constexpr ORBO::tool::Option kOptions[] = {
     {"version", nullptr, "print the version"},
@@ -33,7 +34,7 @@ constexpr char kDetails[] =
 
 constexpr Command kRoot = {
     "webapi",
-    "Calls and checks web APIs, and manages their sessions, tokens, passwords and tasks",
+    "Calls, checks and explains web APIs, and manages their sessions, tokens, passwords and tasks",
     "COMMAND",
     1,
     ORBO::tool::kAnyNumber,

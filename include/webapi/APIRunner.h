@@ -143,7 +143,8 @@ class WEBAPI_EXPORT APIRunner {
   // range), 103 (method not listed), 115 (upload not allowed) or 116 (not in
   // demo mode).
   bool CheckRequestParam(APIRequest* request, APIResponse* response);
-  // Checks and dispatches one request.
+  // Checks and dispatches one request.  True once the call has been made, whatever
+  // its result.
   bool Process(APIRequest* request, APIResponse* response);
   // Serves a request through its handler library.
   bool ProcessLib(APIRequest* request, APIResponse* response);
@@ -153,7 +154,8 @@ class WEBAPI_EXPORT APIRunner {
   // nothing and is not reported.
   void IncreaseCounter(APIRequest* request);
   // Serves the built-in API "ORBO.Entry.Request".  False with error 110 without a
-  // list of calls, or beyond eight lists within each other.
+  // list of calls, or beyond eight lists within each other; false, and no result, for
+  // a method other than "request".
   bool ProcessEntry(APIRequest* request, APIResponse* response);
   // Runs the calls in the array parameter "compound" one after another, as the
   // caller of `request`, and answers with all their bodies; what fails or is

@@ -2,6 +2,7 @@
 
 #include "request/APIRequestPrivate.h"
 #include "runner/DescriptionCache.h"
+#include "runner/description_rules.h"
 #include "util/error_codes.h"
 #include "util/json_types.h"
 
@@ -17,9 +18,7 @@ int CheckNames(const APIRequestPrivate& call, DescriptionCache& descs) {
   if (!descs.Load(call.api()) || !descs.Has(call.api())) {
     return kErrorNoSuchAPI;
   }
-  const Json::Value& info = *descs.Info(call.api());
-  if (call.version() > JSON::AsInt(JSON::At(info, "maxVersion")) ||
-      call.version() < JSON::AsInt(JSON::At(info, "minVersion"))) {
+  if (!IsInVersionRange(*descs.Info(call.api()), call.version())) {
     return kErrorNoSuchVersion;
   }
   if (!descs.IsMethodListed(call.api(), call.version(), call.method())) {

@@ -3,6 +3,7 @@
 #include <webapi/APIRunner.h>
 
 #include "request/APIRequestPrivate.h"
+#include "runner/library_file.h"
 #include "util/exception_text.h"
 #include "util/json_types.h"
 #include "util/log.h"
@@ -11,6 +12,29 @@ namespace ORBO {
 namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
+
+using Libraries = std::map<std::string, void*>;
+
+// The open library `path` of `libraries`, opened on first use; null, and logged, if it
+// cannot be.
+void* OpenLibrary(Libraries& libraries, const std::string& path) {
+  const auto [library, is_new] = libraries.try_emplace(path, nullptr);
+  if (!is_new) {
+    return library->second;
+  }
+  const LibraryFile file = OpenLibraryFile(path, RTLD_LAZY);
+  if (file.handle == nullptr) {
+    Log(LOG_ERR, "%s:%d cannot open library: %s. error = %s", kSource, __LINE__, path.c_str(),
+        file.error.c_str());
+  }
+  if (file.handle == nullptr && !file.is_half_made) {
+    libraries.erase(library);
+    return nullptr;
+  }
+  // Null for one that is half made, which is not opened again.
+  library->second = file.handle;
+  return file.handle;
+}
 
 // The address of `symbol` in the open library `handle`, with the loader's error
 // text, or null, in `error`.
@@ -41,15 +65,8 @@ bool APIRunner::OpenLib(APIRequest* request, _tag_API_TABLE** table,
     Log(LOG_ERR, "%s:%d Bad parameters", kSource, __LINE__);
     return false;
   }
-  const std::string path = request->private_->GetText("reqLib", "lib", "");
-  void*& handle = libs_[path];
+  void* const handle = OpenLibrary(libs_, request->private_->GetText("reqLib", "lib", ""));
   if (handle == nullptr) {
-    handle = dlopen(path.c_str(), RTLD_LAZY);
-  }
-  if (handle == nullptr) {
-    Log(LOG_ERR, "%s:%d cannot open library: %s. error = %s", kSource, __LINE__, path.c_str(),
-        dlerror());
-    libs_.erase(path);
     return false;
   }
   if (check_table != nullptr) {
@@ -99,7 +116,9 @@ bool APIRunner::GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** check_tab
 
 void APIRunner::CloseLib() {
   for (const auto& [path, handle] : libs_) {
-    dlclose(handle);
+    if (handle != nullptr) {
+      dlclose(handle);
+    }
   }
   libs_.clear();
 }

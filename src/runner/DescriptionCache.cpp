@@ -150,8 +150,16 @@ bool DescriptionCache::FindAttribute(std::string_view text, std::string_view nam
     }
     return found != nullptr;
   }
-  return text.front() == '{' &&
-         JSON::Parse(JSON::FindMember(Split(text).members, name), out, kComments);
+  const std::string_view own =
+      text.front() == '{' ? JSON::FindMember(Split(text).members, name) : std::string_view();
+  if (own.empty()) {
+    return false;
+  }
+  // What cannot be read stands for nothing, and not for being missing.
+  if (!JSON::Parse(own, out, kComments)) {
+    out = Json::Value();
+  }
+  return true;
 }
 
 bool DescriptionCache::FindMethodAttribute(const std::string& api, int version,

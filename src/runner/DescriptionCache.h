@@ -49,8 +49,8 @@ class DescriptionCache {
   const Json::Value& MethodAttributes(const std::string& api, int version,
                                       const std::string& method);
 
-  // Copies one of these attributes to `out`.  False, and `out` unchanged, if it is
-  // missing.
+  // Copies one of these attributes to `out`; null for one that cannot be read.  False,
+  // and `out` unchanged, if it is missing.
   bool FindMethodAttribute(const std::string& api, int version, const std::string& method,
                            std::string_view name, Json::Value& out);
 

@@ -165,11 +165,13 @@ TEST_P(Share, HandsOutNothingElse) {
   }
 }
 
-TEST_P(Share, HasAPageAndNothingBesideIt) {
+TEST_P(Share, HasAPageAndTheClientAndNothingBesideThem) {
   const HttpResponse page = server().Send("GET", "/webapi/share.html");
   EXPECT_EQ(page.status, 200);
   EXPECT_EQ(page.Headers("Content-Type"), Names{"text/html; charset=utf-8"});
   EXPECT_EQ(page.Headers("X-Frame-Options"), Names{"DENY"});
+  EXPECT_EQ(server().Send("GET", "/webapi/webapi.mjs").Headers("Content-Type"),
+            Names{"text/javascript; charset=utf-8"});
   for (const char* path : {"share.html/x", "share.htm", "xshare.html", "x/share.html", "lib.def"}) {
     EXPECT_EQ(server().Send("GET", std::string("/webapi/") + path).status, 403) << path;
   }

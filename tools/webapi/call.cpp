@@ -79,8 +79,8 @@ ExitCode Run(const Arguments& arguments) {
   if (!LoadDescribedAPI(api, apis)) {
     return kFailed;
   }
-  if (!arguments.Has("version") && JSON::Has(apis, api)) {
-    version = JSON::AsInt(JSON::At(JSON::At(apis, api), "maxVersion"));
+  if (!arguments.Has("version")) {
+    version = HighestVersion(api, apis);
   }
   Json::Value body;
   APIRunner::Exec(body, api.c_str(), version, method.c_str(), params, user.c_str());

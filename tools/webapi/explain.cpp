@@ -13,7 +13,6 @@
 #include "platform/linux/password_check.h"
 #include "positive_number.h"
 #include "util/WorkingDirectoryGuard.h"
-#include "util/json_types.h"
 #include "util/paths.h"
 
 namespace ORBO::tool {
@@ -117,8 +116,8 @@ ExitCode Run(const Arguments& arguments) {
   if (!LoadDescribedAPI(call.api, apis)) {
     return kFailed;
   }
-  if (!arguments.Has("version") && JSON::Has(apis, call.api)) {
-    call.version = JSON::AsInt(JSON::At(JSON::At(apis, call.api), "maxVersion"));
+  if (!arguments.Has("version")) {
+    call.version = HighestVersion(call.api, apis);
   }
   const std::string path = RootedPath(kWebAPIDirectory);
   const WorkingDirectoryGuard directory(path);

@@ -13,6 +13,7 @@
 #include "platform/linux/name_service.h"
 #include "platform/linux/platform_conf.h"
 #include "run_apart.h"
+#include "runner/library_file.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
 #include "util/write_file.h"
@@ -56,18 +57,20 @@ Json::Value Rows(const Row* row, bool (*has_function)(const Row&)) {
   return rows;
 }
 
-// Opens the library as the runner does; its words where it cannot be opened in `error`.
-// What is missing of functions shows where all of them are looked up at once.
+// Opens the library as the runner does.  What is missing of functions shows where all
+// of them are looked up at once.
 void* Open(const std::string& path, Json::Value& report) {
-  void* handle = dlopen(path.c_str(), RTLD_NOW);
-  if (handle != nullptr) {
-    return handle;
+  const LibraryFile whole = OpenLibraryFile(path, RTLD_NOW);
+  if (whole.handle != nullptr) {
+    return whole.handle;
   }
-  const std::string error = dlerror();
-  handle = dlopen(path.c_str(), RTLD_LAZY);
-  report[handle != nullptr ? "unbound" : "fault"] =
-      handle != nullptr ? error : std::string("the library cannot be opened: ") + dlerror();
-  return handle;
+  const LibraryFile lazy = whole.is_half_made ? whole : OpenLibraryFile(path, RTLD_LAZY);
+  if (lazy.handle != nullptr) {
+    report["unbound"] = whole.error;
+  } else {
+    report["fault"] = "the library cannot be opened: " + lazy.error;
+  }
+  return lazy.handle;
 }
 
 void Describe(const std::string& path, int output, Json::Value& report) {

@@ -10,10 +10,17 @@ namespace {
 
 using ORBO::tool::Command;
 
-constexpr const Command* kCommands[] = {
-    &ORBO::tool::kCall,    &ORBO::tool::kList,    &ORBO::tool::kCheck,
-    &ORBO::tool::kExplain, &ORBO::tool::kSession, &ORBO::tool::kToken,
-    &ORBO::tool::kPasswd,  &ORBO::tool::kTask,    nullptr};
+constexpr const Command* kCommands[] = {&ORBO::tool::kCall,
+                                        &ORBO::tool::kList,
+                                        &ORBO::tool::kCheck,
+                                        &ORBO::tool::kExplain,
+                                        &ORBO::tool::kSession,
+                                        &ORBO::tool::kToken,
+                                        &ORBO::tool::kPasswd,
+                                        &ORBO::tool::kKey,
+                                        &ORBO::tool::kEncrypt,
+                                        &ORBO::tool::kTask,
+                                        nullptr};
 
 constexpr ORBO::tool::Option kOptions[] = {
     {"version", nullptr, "print the version"},
@@ -34,7 +41,7 @@ constexpr char kDetails[] =
 
 constexpr Command kRoot = {
     "webapi",
-    "Calls, checks and explains web APIs, and manages their sessions, tokens, passwords and tasks",
+    "Calls, checks and explains web APIs, and manages sessions, tokens, passwords, keys and tasks",
     "COMMAND",
     1,
     ORBO::tool::kAnyNumber,

@@ -12,4 +12,15 @@ inline void Cleanse(std::string& secret) {
   secret.clear();
 }
 
+// A secret that is overwritten at the end, whichever way that comes.
+struct SecretText {
+  SecretText() = default;
+  ~SecretText() { Cleanse(text); }
+  // Not copyable: each copy would have to be overwritten too.
+  SecretText(const SecretText&) = delete;
+  SecretText& operator=(const SecretText&) = delete;
+
+  std::string text;
+};
+
 }  // namespace ORBO

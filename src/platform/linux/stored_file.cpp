@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "platform/linux/base64url.h"
 #include "platform/linux/random.h"
 #include "platform/linux/stored_files.h"
 #include "util/write_file.h"

@@ -86,19 +86,12 @@ void CheckRange(const Subject& subject) {
   if (!JSON::IsInt(lowest) || !JSON::IsInt(highest)) {
     return;
   }
-  // A number that a version has no room for is read as 0.
-  for (const char* key : {"minVersion", "maxVersion"}) {
-    const Json::Value& value = JSON::At(subject.info, key);
-    if (JSON::AsInt64(value) != JSON::AsInt(value)) {
-      subject.findings.Error(subject.At(key), Quoted(key) + " is too large, and counts as 0");
-      return;
-    }
-  }
-  if (JSON::AsInt(highest) < JSON::AsInt(lowest)) {
+  if (JSON::AsInt64(highest) < JSON::AsInt64(lowest)) {
     subject.findings.Error(subject.At("maxVersion"),
                            "maxVersion lies below minVersion: no version can be called");
-  } else if (JSON::AsInt(highest) < 1) {
-    subject.findings.Error(subject.At("maxVersion"), "no version can be called: they begin at 1");
+  } else if (JSON::AsInt64(highest) < 1 ||
+             JSON::AsInt64(lowest) > std::numeric_limits<int>::max()) {
+    subject.findings.Error(subject.At("maxVersion"), "no version of this range can be called");
   }
 }
 

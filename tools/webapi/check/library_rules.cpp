@@ -15,7 +15,6 @@
 #include "runner/table_lookup.h"
 #include "util/json_scan.h"
 #include "util/json_text.h"
-#include "util/json_types.h"
 
 namespace ORBO::tool {
 namespace {
@@ -28,13 +27,9 @@ struct Use {
   const Entry* entry;
 };
 
-// The bounds of an entry that the loader takes.
 bool IsInRange(const Entry& entry, int version) {
-  Json::Value lowest;
-  Json::Value highest;
-  JSON::Parse(entry.Find("minVersion"), lowest);
-  JSON::Parse(entry.Find("maxVersion"), highest);
-  return version >= JSON::AsInt(lowest) && version <= JSON::AsInt(highest);
+  Json::Value info;
+  return JSON::Parse(entry.text, info, JSON::Comments::kAllowed) && IsInVersionRange(info, version);
 }
 
 std::string CallText(const TableRow& row) {

@@ -8,6 +8,7 @@
 #include "check/attribute_rules.h"
 #include "entry/auth_level.h"
 #include "positive_number.h"
+#include "runner/description_rules.h"
 #include "runner/entry_api.h"
 #include "util/json_scan.h"
 #include "util/json_types.h"
@@ -38,8 +39,7 @@ class MethodCheck {
       : source_(file.source()),
         is_built_in_(entry.api == kEntryAPI),
         checks_users_(is_built_in_ || ToAuthLevel(JSON::At(info, "authLevel")) != AuthLevel::kNone),
-        lowest_(JSON::AsInt(JSON::At(info, "minVersion"))),
-        highest_(JSON::AsInt(JSON::At(info, "maxVersion"))),
+        info_(info),
         findings_(findings) {}
 
   void CheckVersion(const Member& version);
@@ -54,8 +54,7 @@ class MethodCheck {
   const JsonSource& source_;
   const bool is_built_in_;
   const bool checks_users_;
-  const int lowest_;
-  const int highest_;
+  const Json::Value& info_;
   std::set<int> listed_;  // versions of the range that have a list
   Findings& findings_;
 };
@@ -66,7 +65,7 @@ void MethodCheck::CheckVersion(const Member& version) {
   int number = 0;
   if (!IsVersionName(name, number)) {
     findings_.Error(place, Quoted(name) + " is no version that a call can name");
-  } else if (number < lowest_ || number > highest_) {
+  } else if (!IsInVersionRange(info_, number)) {
     findings_.Error(place, "version " + name + " lies outside minVersion and maxVersion");
   } else {
     listed_.insert(number);
@@ -126,7 +125,9 @@ void MethodCheck::CheckName(const Member& method, std::set<std::string>& names) 
 }
 
 void MethodCheck::CheckRange(const Place& place) const {
-  std::int64_t expected = std::max(lowest_, 1);
+  constexpr std::int64_t kHighest = std::numeric_limits<int>::max();
+  const std::int64_t highest = std::min(JSON::AsInt64(JSON::At(info_, "maxVersion")), kHighest);
+  std::int64_t expected = std::max<std::int64_t>(JSON::AsInt64(JSON::At(info_, "minVersion")), 1);
   const auto report = [&](std::int64_t end) {
     if (expected < end) {
       const std::string first = std::to_string(expected);
@@ -139,7 +140,7 @@ void MethodCheck::CheckRange(const Place& place) const {
     report(version);
     expected = std::int64_t{version} + 1;
   }
-  report(std::int64_t{highest_} + 1);
+  report(highest + 1);
 }
 
 }  // namespace

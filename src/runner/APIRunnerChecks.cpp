@@ -2,6 +2,7 @@
 
 #include "request/APIRequestPrivate.h"
 #include "runner/DescriptionCache.h"
+#include "runner/description_rules.h"
 #include "util/error_codes.h"
 #include "util/json_types.h"
 
@@ -17,10 +18,7 @@ int CheckNames(const APIRequestPrivate& call, DescriptionCache& descs) {
   if (!descs.Load(call.api()) || !descs.Has(call.api())) {
     return kErrorNoSuchAPI;
   }
-  const Json::Value& info = *descs.Info(call.api());
-  // The bounds are any integers, also such as no version can reach.
-  if (call.version() > JSON::AsInt64(JSON::At(info, "maxVersion")) ||
-      call.version() < JSON::AsInt64(JSON::At(info, "minVersion"))) {
+  if (!IsInVersionRange(*descs.Info(call.api()), call.version())) {
     return kErrorNoSuchVersion;
   }
   if (!descs.IsMethodListed(call.api(), call.version(), call.method())) {

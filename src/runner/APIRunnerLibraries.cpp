@@ -3,6 +3,7 @@
 #include <webapi/APIRunner.h>
 
 #include "request/APIRequestPrivate.h"
+#include "runner/library_file.h"
 #include "util/exception_text.h"
 #include "util/json_types.h"
 #include "util/log.h"
@@ -17,28 +18,22 @@ using Libraries = std::map<std::string, void*>;
 // The open library `path` of `libraries`, opened on first use; null, and logged, if it
 // cannot be.
 void* OpenLibrary(Libraries& libraries, const std::string& path) {
-  // Through a pointer that the compiler does not see through: contrary to its
-  // declaration dlopen lets pass what constructors of static objects throw.
-  void* (*const volatile open)(const char*, int) = dlopen;
   const auto [library, is_new] = libraries.try_emplace(path, nullptr);
   if (!is_new) {
     return library->second;
   }
-  try {
-    library->second = open(path.c_str(), RTLD_LAZY);
-  } catch (...) {
-    // Stays null: opened again, a library that is half made would pass for whole.
+  const LibraryFile file = OpenLibraryFile(path, RTLD_LAZY);
+  if (file.handle == nullptr) {
     Log(LOG_ERR, "%s:%d cannot open library: %s. error = %s", kSource, __LINE__, path.c_str(),
-        CurrentExceptionText().c_str());
+        file.error.c_str());
+  }
+  if (file.handle == nullptr && !file.is_half_made) {
+    libraries.erase(library);
     return nullptr;
   }
-  void* const handle = library->second;
-  if (handle == nullptr) {
-    Log(LOG_ERR, "%s:%d cannot open library: %s. error = %s", kSource, __LINE__, path.c_str(),
-        dlerror());
-    libraries.erase(library);
-  }
-  return handle;
+  // Null for one that is half made, which is not opened again.
+  library->second = file.handle;
+  return file.handle;
 }
 
 // The address of `symbol` in the open library `handle`, with the loader's error

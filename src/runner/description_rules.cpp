@@ -71,6 +71,12 @@ unsigned DescriptionFaults(const DescriptionFile::Entry& entry) {
   return faults;
 }
 
+bool IsInVersionRange(const Json::Value& entry, int version) {
+  // The bounds are any integers, also such as no version can reach.
+  return version <= JSON::AsInt64(JSON::At(entry, "maxVersion")) &&
+         version >= JSON::AsInt64(JSON::At(entry, "minVersion"));
+}
+
 void ApplyDescriptionDefaults(Json::Value& entry, DescriptionDefaults& defaults) {
   for (const char* const key : {"authLevel", "allowUser", "priority"}) {
     SetDefault(entry, key, defaults);

@@ -29,6 +29,9 @@ inline bool IsValidDescription(const DescriptionFile::Entry& entry) {
   return DescriptionFaults(entry) == 0;
 }
 
+// Whether `version` lies in the range of the usable entry `entry`, both bounds included.
+bool IsInVersionRange(const Json::Value& entry, int version);
+
 // Fills the keys that `entry` lacks: "authLevel", "allowUser" and "priority"
 // from `defaults` (null where it lacks them too), "requestFormat" with "JSON".
 void ApplyDescriptionDefaults(Json::Value& entry, DescriptionDefaults& defaults);

@@ -290,6 +290,49 @@ TEST_P(Permission, HandlersOwnCheckKnowsOnlyOneRefusal) {
          {"not of the API's list", Query("own", "Admins"), "id=" + sid, "other=" + sid, "105"}});
 }
 
+TEST_P(Permission, ExplanationsComeToTheSameCode) {
+  std::ofstream(Path("/etc/orbo/privileges/ORBO.Test")) << "user boss 127.0.0.0/8\n";
+  const std::string permission = "ORBO.Test.Permission";
+  const struct {
+    std::string api;
+    const char* method;
+    int version = 1;
+  } calls[] = {
+      {permission, "who"},
+      {permission, "normal.domain"},
+      {permission, "none"},
+      {permission, "odd"},
+      {permission, "nothing"},
+      {permission, "who", 2},
+      {permission + ".admin.local", "who"},
+      {permission + ".Free", "who"},
+      {permission + ".Open", "who"},
+      {permission + ".Privileged", "who"},
+      {permission + ".Nowhere", "who"},
+      {"ORBO.Test.Probe", "unlisted"},
+      {"ORBO.Test.Probe", "echo", 2},
+      {"ORBO.Test.Missing", "echo"},
+      {"ORBO.Test.NoTable", "echo"},
+      {"../outside", "echo"},
+      {"", "echo"},
+  };
+  for (const char* user : {"", "boss", "DOM\\member"}) {
+    const std::string cookie = *user != '\0' ? "id=" + Open(user) : "";
+    for (const auto& call : calls) {
+      const std::string version = std::to_string(call.version);
+      Json::Value explained;
+      std::istringstream(Run("explain '" + call.api + "' " + call.method + " --version " + version +
+                             " --user '" + user + "' --address 127.0.0.1 --json || true")) >>
+          explained;
+      const std::string query =
+          "api=" + call.api + "&version=" + version + "&method=" + call.method;
+      const std::string outcome = Outcome({"", query, cookie, "", ""});
+      EXPECT_EQ(explained["code"].asString(), outcome.substr(0, outcome.find(' ')))
+          << user << " " << query;
+    }
+  }
+}
+
 TEST_P(Permission, OneSessionServesManyRequestsAtOnce) {
   const std::string sid = Open("member");
   const std::string before = ReadFile(SessionFile(sid));

@@ -59,6 +59,12 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
                                 "new ORBO.a/b",
                                 "new A.B.C.D.E.F",
                                 "new ORBO.Session",
+                                "check --seconds 0",
+                                "check --seconds 3601",
+                                "explain ORBO.A",
+                                "explain ORBO.A get --version 0",
+                                "explain ORBO.A get --user a/b",
+                                "explain ORBO.A get --address 10.0.0",
                                 "passwd",
                                 "passwd a:b --remove",
                                 "passwd a --stdin --remove"}) {
@@ -74,9 +80,10 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
 }
 
 TEST_F(Usage, HelpIsThereForEveryCommand) {
-  for (const char* command : {"", " call", " list", " session", " session open", " session list",
-                              " session show", " session close", " token", " token create",
-                              " token list", " token revoke", " passwd", " new"}) {
+  for (const char* command :
+       {"", " call", " list", " check", " explain", " session", " session open", " session list",
+        " session show", " session close", " token", " token create", " token list",
+        " token revoke", " passwd", " new"}) {
     SCOPED_TRACE(command);
     const std::string help = Output(command + std::string(" --help"));
     EXPECT_THAT(help, StartsWith(std::string("usage: webapi") + command));

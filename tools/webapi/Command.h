@@ -54,6 +54,8 @@ extern const Command kPasswd;
 extern const Command kCall;
 extern const Command kList;
 extern const Command kNew;
+extern const Command kCheck;
+extern const Command kExplain;
 extern const Command kTask;
 extern const Command kTaskList;
 extern const Command kTaskStatus;

@@ -2,17 +2,14 @@
 #include <unistd.h>
 #include <webapi/APIRunner.h>
 
-#include <cstdint>
-#include <limits>
-
 #include "Arguments.h"
 #include "described_apis.h"
 #include "json_view.h"
 #include "output.h"
 #include "platform/linux/password_check.h"
 #include "platform/webapi_util.h"
+#include "positive_number.h"
 #include "util/json_types.h"
-#include "util/number_text.h"
 
 namespace ORBO::tool {
 namespace {
@@ -39,17 +36,6 @@ constexpr char kDetails[] =
 std::string OwnName() {
   const passwd* const account = getpwuid(geteuid());
   return account == nullptr ? "" : account->pw_name;
-}
-
-bool ReadVersion(const std::string& text, int& version) {
-  JSON::Integer integer;
-  std::int64_t number = 0;
-  if (!JSON::ReadInteger(text, integer) || !JSON::ToSigned(integer, number) || number < 1 ||
-      number > std::numeric_limits<int>::max()) {
-    return false;
-  }
-  version = static_cast<int>(number);
-  return true;
 }
 
 // Reads the operands after the two names as parameters, by the rule for those of a
@@ -83,7 +69,7 @@ ExitCode Run(const Arguments& arguments) {
   if (!IsUserName(user)) {
     return ComplainOfUsage("not a user name: " + user);
   }
-  if (arguments.Has("version") && !ReadVersion(version_text, version)) {
+  if (arguments.Has("version") && !ReadPositiveNumber(version_text, version)) {
     return ComplainOfUsage("not a version: " + version_text);
   }
   if (!ReadParameters(arguments.operands(), params, complaint)) {
@@ -93,8 +79,8 @@ ExitCode Run(const Arguments& arguments) {
   if (!LoadDescribedAPI(api, apis)) {
     return kFailed;
   }
-  if (!arguments.Has("version") && JSON::Has(apis, api)) {
-    version = JSON::AsInt(JSON::At(JSON::At(apis, api), "maxVersion"));
+  if (!arguments.Has("version")) {
+    version = HighestVersion(api, apis);
   }
   Json::Value body;
   APIRunner::Exec(body, api.c_str(), version, method.c_str(), params, user.c_str());

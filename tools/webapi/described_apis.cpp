@@ -2,10 +2,14 @@
 
 #include <webapi/APIRunner.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <limits>
 
 #include "output.h"
 #include "util/WorkingDirectoryGuard.h"
+#include "util/json_types.h"
 #include "util/paths.h"
 
 namespace ORBO::tool {
@@ -34,6 +38,14 @@ bool LoadDescribedAPIs(Json::Value& apis) {
 bool LoadDescribedAPI(const std::string& api, Json::Value& apis) {
   return InWebAPIDirectory(apis,
                            [&apis, &api](APIRunner& runner) { runner.InitLibDesc(apis, api); });
+}
+
+int HighestVersion(const std::string& api, const Json::Value& apis) {
+  constexpr std::int64_t kHighest = std::numeric_limits<int>::max();
+  const Json::Value* const entry = JSON::Find(apis, api);
+  return entry == nullptr ? 1
+                          : static_cast<int>(std::clamp<std::int64_t>(
+                                JSON::AsInt64(JSON::At(*entry, "maxVersion")), 1, kHighest));
 }
 
 }  // namespace ORBO::tool

@@ -12,4 +12,7 @@ namespace ORBO::tool {
 bool LoadDescribedAPIs(Json::Value& apis);
 bool LoadDescribedAPI(const std::string& api, Json::Value& apis);
 
+// The highest version of `api` that a call can name; 1 if it is not in `apis`.
+int HighestVersion(const std::string& api, const Json::Value& apis);
+
 }  // namespace ORBO::tool

@@ -10,13 +10,9 @@ namespace {
 
 using ORBO::tool::Command;
 
-constexpr const Command* kCommands[] = {&ORBO::tool::kCall,
-                                        &ORBO::tool::kList,
-                                        &ORBO::tool::kSession,
-                                        &ORBO::tool::kToken,
-                                        &ORBO::tool::kPasswd,
-                                        &ORBO::tool::kTask,
-                                        nullptr};
+constexpr const Command* kCommands[] = {
+    &ORBO::tool::kCall,   &ORBO::tool::kList, &ORBO::tool::kSession, &ORBO::tool::kToken,
+    &ORBO::tool::kPasswd, &ORBO::tool::kTask, &ORBO::tool::kRelay,   nullptr};
 
 constexpr ORBO::tool::Option kOptions[] = {
     {"version", nullptr, "print the version"},
@@ -37,7 +33,7 @@ constexpr char kDetails[] =
 
 constexpr Command kRoot = {
     "webapi",
-    "Calls web APIs, and manages their sessions, tokens, passwords and tasks",
+    "Calls web APIs, and manages their sessions, tokens, passwords, tasks and relay targets",
     "COMMAND",
     1,
     ORBO::tool::kAnyNumber,

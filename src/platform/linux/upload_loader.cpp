@@ -7,6 +7,7 @@
 #include "platform/cgi.h"
 #include "platform/linux/cgi_variables.h"
 #include "platform/linux/stored_files.h"
+#include "platform/linux/upload_rest.h"
 #include "platform/linux/upload_stream.h"
 #include "platform/upload.h"
 
@@ -113,6 +114,18 @@ int OrboCgiLoadUploadAll(QLIBSZHASH* const* tables, const char* directory,
   return WithBody([&](UploadStream& body) {
     body.SetProgress(progress);
     return body.ReadAll(directory, *tables[0], *tables[1]);
+  });
+}
+
+int ORBO::BeginUploadRest(QLIBSZHASH& fields, std::string& text, UploadBody** rest,
+                          std::uint64_t& size) {
+  return WithBody([&](UploadStream& body) {
+    const int result = body.ReadFields(fields);
+    if (result == kUploadLoaded) {
+      size = body.length() - body.boundary_position();
+      *rest = &body.TakeRest(text);
+    }
+    return result;
   });
 }
 

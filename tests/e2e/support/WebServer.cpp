@@ -20,12 +20,19 @@ struct Setup {
   const char* command;  // to run in the foreground
   const char* configuration;
   const char* run_as;  // lines for a server that root starts
+  const char* tls;     // lines for a second port
 };
 
 constexpr Setup kLighttpd = {E2E_LIGHTTPD " -D", "lighttpd.conf",
-                             "server.username = \"www-data\"\nserver.groupname = \"www-data\"\n"};
+                             "server.username = \"www-data\"\nserver.groupname = \"www-data\"\n",
+                             "server.modules += ( \"mod_openssl\" )\n"
+                             "$SERVER[\"socket\"] == \"127.0.0.1:@TLS_PORT@\" {\n"
+                             "ssl.engine = \"enable\"\nssl.pemfile = \"@PEM@\"\n}\n"};
 constexpr Setup kApache = {E2E_APACHE " -DFOREGROUND", "apache.conf",
-                           "User www-data\nGroup www-data\n"};
+                           "User www-data\nGroup www-data\n",
+                           "LoadModule ssl_module /usr/lib/apache2/modules/mod_ssl.so\n"
+                           "Listen 127.0.0.1:@TLS_PORT@\n<VirtualHost 127.0.0.1:@TLS_PORT@>\n"
+                           "SSLEngine on\nSSLCertificateFile @PEM@\n</VirtualHost>\n"};
 
 sockaddr_in LoopbackAddress(std::uint16_t port) {
   sockaddr_in address{};
@@ -82,9 +89,9 @@ std::vector<std::string> HttpResponse::Headers(const std::string& name) const {
   return values;
 }
 
-WebServer::WebServer(ServerKind kind) {
+WebServer::WebServer(ServerKind kind, const std::string& pem) {
   for (int attempt = 0; attempt < 3; ++attempt) {
-    if (Start(kind)) {
+    if (Start(kind, pem)) {
       return;
     }
     Stop();
@@ -94,12 +101,18 @@ WebServer::WebServer(ServerKind kind) {
                            ReadFile(run + "/error.log"));
 }
 
-bool WebServer::Start(ServerKind kind) {
+bool WebServer::Start(ServerKind kind, const std::string& pem) {
   const Setup& setup = kind == ServerKind::kLighttpd ? kLighttpd : kApache;
   const std::string run = root_.RunDirectory();
   const std::string configuration = run + "/" + setup.configuration;
   port_ = FreePort();
   std::string text = ReadFile(std::string(E2E_SERVER_TEMPLATES "/") + setup.configuration + ".in");
+  if (!pem.empty()) {
+    tls_port_ = FreePort();
+    text += setup.tls;
+    Replace(text, "@TLS_PORT@", std::to_string(tls_port_));
+    Replace(text, "@PEM@", pem);
+  }
   Replace(text, "@ROOT@", root_.path());
   Replace(text, "@RUN@", run);
   Replace(text, "@PORT@", std::to_string(port_));

@@ -55,8 +55,9 @@ class CredRequestMgr {
   CredRequest* GetRequest(int id);
 
   // Makes the requests in the order they were queued, up to the first that fails.
-  // An answer is a JSON object; anything else is a failure, and so is an upload that
-  // the target refuses.  Every failure is logged.
+  // An answer is a JSON object with "success", whatever its HTTP status; anything else
+  // is a failure, and so is an upload that the target does not report success for.
+  // Every failure is logged.
   bool Run();
 
   // What Run failed by: a code of libcurl, 0 for none.

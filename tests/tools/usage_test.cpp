@@ -68,7 +68,8 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
 TEST_F(Usage, HelpIsThereForEveryCommand) {
   for (const char* command :
        {"", " call", " list", " session", " session open", " session list", " session show",
-        " session close", " token", " token create", " token list", " token revoke", " passwd"}) {
+        " session close", " token", " token create", " token list", " token revoke", " passwd",
+        " relay", " relay list", " relay test"}) {
     SCOPED_TRACE(command);
     const std::string help = Output(command + std::string(" --help"));
     EXPECT_THAT(help, StartsWith(std::string("usage: webapi") + command));

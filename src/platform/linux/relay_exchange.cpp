@@ -29,22 +29,24 @@ std::int64_t HopsSoFar() {
 
 // What an answer says of itself.
 struct Verdict {
-  bool is_object = false;  // one JSON object, as every web API answers
+  bool is_answer = false;  // one JSON object that reports success or none
   bool is_success = false;
   std::string error;
 };
 
 Verdict Judge(std::string_view text) {
   Verdict verdict;
-  verdict.is_object =
+  const bool is_object =
       JSON::ForEachMember(text, [&verdict](std::string_view name, std::string_view value) {
         if (JSON::QuotedEquals(name, "success")) {
           verdict.is_success = value == "true";
+          verdict.is_answer = verdict.is_success || value == "false";
         } else if (JSON::QuotedEquals(name, "error")) {
           verdict.error = value;
         }
         return true;
       });
+  verdict.is_answer = verdict.is_answer && is_object;
   return verdict;
 }
 
@@ -59,13 +61,12 @@ void CheckRelayAnswer(bool is_upload, RelayAnswer& answer) {
   if (answer.error != 0) {
     return;
   }
-  if (answer.status != kStatusOK) {
-    Fail(kRelayHttpStatus, "HTTP status " + std::to_string(answer.status), answer);
-    return;
-  }
+  // Handlers set statuses too, beside answers of theirs.
   const Verdict verdict = Judge(answer.text);
-  if (!verdict.is_object) {
-    Fail(kRelayStrangeAnswer, "what it answers is no JSON object", answer);
+  if (!verdict.is_answer && answer.status != kStatusOK) {
+    Fail(kRelayHttpStatus, "it answers with HTTP status " + std::to_string(answer.status), answer);
+  } else if (!verdict.is_answer) {
+    Fail(kRelayStrangeAnswer, "what it answers is no answer of a web API", answer);
   } else if (is_upload && !verdict.is_success) {
     Fail(kRelayUploadRefused, "it refuses the upload: " + verdict.error, answer);
   }

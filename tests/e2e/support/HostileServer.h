@@ -1,41 +1,72 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <mutex>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/WebServer.h"
+
 namespace e2e {
 
-// A server on the loopback interface that reads each request to its end, notes it, and
-// then does with the connection what a test wants, one connection after another.
-class HostileServer {
- public:
-  using Answer = std::function<void(int connection)>;
-  explicit HostileServer(Answer answer);
-  ~HostileServer();
-  HostileServer(const HostileServer&) = delete;
-  HostileServer& operator=(const HostileServer&) = delete;
-
-  std::string Host() const { return "127.0.0.1:" + std::to_string(port_); }
-  // The requests so far, without header lines that every client sends.
-  std::vector<std::string> requests() const;
-
- private:
-  void Serve();
-  static std::string ReadRequest(int connection);
-
-  Answer answer_;
-  int listener_;
-  std::uint16_t port_;
-  mutable std::mutex mutex_;
-  std::vector<std::string> requests_;
-  std::thread thread_;
+// What a server sends: `text` so many times, with a pause before each.  With 0 times it
+// waits until the client hangs up.
+struct Behaviour {
+  std::string text;
+  int times = 1;
+  unsigned pause = 0;  // microseconds
 };
 
-// Sends `text` if somebody is still there.
-bool SendText(int connection, const std::string& text);
+// A server on the loopback interface that notes each request and then behaves so.
+class HostileServer {
+ public:
+  explicit HostileServer(const Behaviour& behaviour) : listener_(ListenOnLoopback(port_)) {
+    thread_ = std::thread([this, behaviour] {
+      for (int client; (client = accept(listener_, nullptr, nullptr)) >= 0; close(client)) {
+        std::string request;
+        while (!IsWhole(request) && Receive(client, request)) {
+        }
+        requests.push_back(request);
+        while (behaviour.times == 0 && Receive(client, request)) {
+        }
+        for (int sent = 0; sent < behaviour.times; ++sent) {
+          usleep(behaviour.pause);
+          send(client, behaviour.text.data(), behaviour.text.size(), MSG_NOSIGNAL);
+        }
+      }
+    });
+  }
+  ~HostileServer() {
+    shutdown(listener_, SHUT_RDWR);
+    thread_.join();
+    close(listener_);
+  }
+
+  std::string Host() const { return "127.0.0.1:" + std::to_string(port_); }
+
+  // To be read once the last one has been answered.
+  std::vector<std::string> requests;
+
+ private:
+  static bool Receive(int client, std::string& request) {
+    char buffer[65536];
+    const ssize_t count = recv(client, buffer, sizeof buffer, 0);
+    request.append(buffer, static_cast<std::size_t>(count < 0 ? 0 : count));
+    return count > 0;
+  }
+  static bool IsWhole(const std::string& request) {
+    const std::size_t length = request.find("Content-Length: ");
+    const std::size_t head = request.find("\r\n\r\n");
+    return head != std::string::npos &&
+           request.size() >= head + 4 + std::strtoul(request.c_str() + length + 16, nullptr, 10);
+  }
+
+  std::uint16_t port_ = 0;
+  int listener_;
+  std::thread thread_;
+};
 
 }  // namespace e2e

@@ -20,19 +20,18 @@ struct Setup {
   const char* command;  // to run in the foreground
   const char* configuration;
   const char* run_as;  // lines for a server that root starts
-  const char* tls;     // lines for a second port
 };
 
 constexpr Setup kLighttpd = {E2E_LIGHTTPD " -D", "lighttpd.conf",
-                             "server.username = \"www-data\"\nserver.groupname = \"www-data\"\n",
-                             "server.modules += ( \"mod_openssl\" )\n"
-                             "$SERVER[\"socket\"] == \"127.0.0.1:@TLS_PORT@\" {\n"
-                             "ssl.engine = \"enable\"\nssl.pemfile = \"@PEM@\"\n}\n"};
+                             "server.username = \"www-data\"\nserver.groupname = \"www-data\"\n"};
 constexpr Setup kApache = {E2E_APACHE " -DFOREGROUND", "apache.conf",
-                           "User www-data\nGroup www-data\n",
-                           "LoadModule ssl_module /usr/lib/apache2/modules/mod_ssl.so\n"
-                           "Listen 127.0.0.1:@TLS_PORT@\n<VirtualHost 127.0.0.1:@TLS_PORT@>\n"
-                           "SSLEngine on\nSSLCertificateFile @PEM@\n</VirtualHost>\n"};
+                           "User www-data\nGroup www-data\n"};
+
+// Lines for a port of Apache with HTTPS.
+constexpr char kTls[] =
+    "LoadModule ssl_module /usr/lib/apache2/modules/mod_ssl.so\nListen 127.0.0.1:@TLS_PORT@\n"
+    "<VirtualHost 127.0.0.1:@TLS_PORT@>\nSSLEngine on\nSSLCertificateFile @PEM@\n"
+    "</VirtualHost>\n";
 
 sockaddr_in LoopbackAddress(std::uint16_t port) {
   sockaddr_in address{};
@@ -45,15 +44,9 @@ sockaddr_in LoopbackAddress(std::uint16_t port) {
 // A port that is free now.  Where another process takes it before the server
 // does, the server is started again on another one.
 std::uint16_t FreePort() {
-  sockaddr_in address = LoopbackAddress(0);
-  socklen_t size = sizeof address;
-  const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (bind(probe, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    throw std::runtime_error("no free port");
-  }
-  close(probe);
-  return ntohs(address.sin_port);
+  std::uint16_t port = 0;
+  close(ListenOnLoopback(port));
+  return port;
 }
 
 void Replace(std::string& text, const std::string& word, const std::string& value) {
@@ -78,6 +71,19 @@ void Parse(const std::string& raw, HttpResponse& response) {
 }
 
 }  // namespace
+
+int ListenOnLoopback(std::uint16_t& port) {
+  sockaddr_in address = LoopbackAddress(0);
+  socklen_t size = sizeof address;
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+      listen(listener, 8) != 0 ||
+      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    throw std::runtime_error("no free port");
+  }
+  port = ntohs(address.sin_port);
+  return listener;
+}
 
 std::vector<std::string> HttpResponse::Headers(const std::string& name) const {
   std::vector<std::string> values;
@@ -109,7 +115,7 @@ bool WebServer::Start(ServerKind kind, const std::string& pem) {
   std::string text = ReadFile(std::string(E2E_SERVER_TEMPLATES "/") + setup.configuration + ".in");
   if (!pem.empty()) {
     tls_port_ = FreePort();
-    text += setup.tls;
+    text += kTls;
     Replace(text, "@TLS_PORT@", std::to_string(tls_port_));
     Replace(text, "@PEM@", pem);
   }

@@ -24,6 +24,9 @@ struct HttpResponse {
 // Looks at what has come of an answer so far, and may take it away; false to hang up.
 using Watch = std::function<bool(std::string& received)>;
 
+// A socket that listens on the loopback interface, on a port that is free.
+int ListenOnLoopback(std::uint16_t& port);
+
 enum class AfterRequest { kListen, kHangUp };
 enum class ServerKind { kLighttpd, kApache };
 
@@ -35,7 +38,7 @@ class WebServer {
   // Returns once the server accepts connections; throws std::exception if it
   // does not.
   explicit WebServer(ServerKind kind) : WebServer(kind, "") {}
-  // The same with a port for HTTPS, whose key and certificate are in the file `pem`.
+  // Apache with a port for HTTPS too, whose key and certificate are in the file `pem`.
   WebServer(ServerKind kind, const std::string& pem);
   ~WebServer() { Stop(); }
   WebServer(const WebServer&) = delete;

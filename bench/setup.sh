@@ -1,15 +1,9 @@
 # What the measuring programs share: the input, and how a call is started.  To be
 # sourced with `source_dir`, `build_dir` and `document` set.
 
-fail() { echo "$0: $*" >&2; exit 1; }
-
-for tool in valgrind strace awk cmake; do
-  command -v "$tool" > /dev/null || fail "$tool is missing"
-done
-[ -f "$build_dir/CMakeCache.txt" ] || fail "no build in $build_dir (cmake --preset release)"
-grep -q '^CMAKE_BUILD_TYPE:[A-Z]*=Release$' "$build_dir/CMakeCache.txt" ||
-  fail "$build_dir is no release build"
-cmake --build "$build_dir" --target webapi_bench > /dev/null
+. "$source_dir/bench/build.sh"
+require valgrind strace awk cmake
+build_release webapi_bench
 bench_dir=$(cd "$build_dir/bench" && pwd)
 
 work_dir=$(mktemp -d)
@@ -93,22 +87,4 @@ in_server() {
     HTTP_HOST=localhost HTTP_ACCEPT="*/*" HTTP_ACCEPT_LANGUAGE="en" \
     HTTP_USER_AGENT="Mozilla/5.0 (X11; Linux x86_64; rv:109.0) Gecko/20100101 Firefox/115.0" \
     "$plain_cookie" "$@")
-}
-
-# put_table TABLE NAME: puts the file TABLE into the document, between the lines that
-# NAME stands in.
-put_table() {
-  begin="<!-- table: $2 --update -->"
-  end="<!-- end of table -->"
-  grep -qxF -e "$begin" "$document" || fail "$document lacks the line '$begin'"
-  awk -v begin="$begin" -v end="$end" -v table="$1" '
-    $0 == end { inside = 0 }
-    !inside { print }
-    $0 == begin {
-      inside = 1
-      while ((getline line < table) > 0) {
-        print line
-      }
-    }' "$document" > "$work_dir/document"
-  cat "$work_dir/document" > "$document"
 }

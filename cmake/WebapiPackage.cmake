@@ -5,7 +5,7 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/webapi"
 
 install(TARGETS webapi
   EXPORT webapi-KEP5Targets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(webapi_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/webapi-KEP5")
@@ -34,9 +34,11 @@ install(FILES "${PROJECT_BINARY_DIR}/webapi-KEP5.pc" DESTINATION "${webapi_pkgco
 # Descriptions belong to the web-API directory; anything else is reference data.
 if(EXISTS "${PROJECT_SOURCE_DIR}/data")
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/data/" DESTINATION "${WEBAPI_API_DESTINATION}"
+    COMPONENT tools
     FILES_MATCHING PATTERN "*.lib" PATTERN "lib.def")
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/data/"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/webapi-KEP5"
+    COMPONENT tools
     PATTERN "*.lib" EXCLUDE
     PATTERN "lib.def" EXCLUDE
     PATTERN "CMakeLists.txt" EXCLUDE)
@@ -47,4 +49,5 @@ endif()
 set(WEBAPI_SERVICE_USER "www-data" CACHE STRING "The user whom the CGI programs run as")
 configure_file("${PROJECT_SOURCE_DIR}/packaging/tmpfiles.d/webapi.conf.in"
   "${PROJECT_BINARY_DIR}/tmpfiles.d/webapi.conf" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/tmpfiles.d/webapi.conf" DESTINATION lib/tmpfiles.d)
+install(FILES "${PROJECT_BINARY_DIR}/tmpfiles.d/webapi.conf" DESTINATION lib/tmpfiles.d
+  COMPONENT tools)

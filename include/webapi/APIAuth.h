@@ -15,7 +15,7 @@ class WEBAPI_EXPORT APIAuth {
   // Whether the class of `user_name` ("admin" or "normal" by the request's
   // session, "domain" for a name with a backslash, else "ldap" for one with
   // "@", else "local") stands in the "allowUser" of the request's API.  False
-  // for a null name, and for an API that names no classes.
+  // for a null or empty name, and for an API that names no classes.
   static bool CheckAllowUser(APIRequest* request, const char* user_name);
 
   // Checks the session `session_id` and the rights of the request's user.  False

@@ -180,10 +180,12 @@ class WEBAPI_EXPORT APIRequest {
   bool IsAuthorized();
   // The application that the session was opened for; "" for none.
   std::string GetApplication();
+  // The text of the session's option for web APIs; "" for none.
   std::string GetWebAPIPriv();
   // True when the application privilege that the permission check found is
   // exactly `app`; also for the empty `app` when it found none.
   bool HasAppPriv(const std::string& app);
+  // The path of the session's file; "" for a call without a session.
   std::string GetSessionFilePath();
   // A three-letter language code; "enu" by default.
   std::string GetUILanguage();
@@ -204,7 +206,7 @@ class WEBAPI_EXPORT APIRequest {
   // there is none.
   std::string GetPreferenceDir();
   std::string GetGroupPreferenceDir(const std::string& group);
-  bool IsDemoMode();
+  bool IsDemoMode();  // always false
   // Whether this request belongs to a background task, and the task's full id
   // (owner, "/", short id); "" for none.
   bool IsPollingTask();

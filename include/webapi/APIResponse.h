@@ -70,7 +70,7 @@ class WEBAPI_EXPORT APIResponse {
   // Adds a cookie with attributes.  False, and nothing added, in the same cases, for
   // a path or domain with ";" or a control character, and for one that other sites
   // may use and that is not secure.  A cookie is deleted by the same name, path and
-  // domain, any value, and a negative time.
+  // domain, any value that is not empty, and a negative time.
   bool AddCookie(const APICookie& cookie);
   // The cookies added, as an array of strings.
   Json::Value GetCookies();

@@ -17,6 +17,7 @@ namespace ORBO {
 
 class APIRunnerPrivate;
 class DescriptionCache;
+class DescriptionDefaults;
 
 // The missing virtual destructor is part of the binary interface.
 #pragma GCC diagnostic push
@@ -142,7 +143,8 @@ class WEBAPI_EXPORT APIRunner {
   // range), 103 (method not listed), 115 (upload not allowed) or 116 (not in
   // demo mode).
   bool CheckRequestParam(APIRequest* request, APIResponse* response);
-  // Checks and dispatches one request.
+  // Checks and dispatches one request.  True once the call has been made, whatever
+  // its result.
   bool Process(APIRequest* request, APIResponse* response);
   // Serves a request through its handler library.
   bool ProcessLib(APIRequest* request, APIResponse* response);
@@ -152,7 +154,8 @@ class WEBAPI_EXPORT APIRunner {
   // nothing and is not reported.
   void IncreaseCounter(APIRequest* request);
   // Serves the built-in API "ORBO.Entry.Request".  False with error 110 without a
-  // list of calls, or beyond eight lists within each other.
+  // list of calls, or beyond eight lists within each other; false, and no result, for
+  // a method other than "request".
   bool ProcessEntry(APIRequest* request, APIResponse* response);
   // Runs the calls in the array parameter "compound" one after another, as the
   // caller of `request`, and answers with all their bodies; what fails or is
@@ -181,14 +184,14 @@ class WEBAPI_EXPORT APIRunner {
   // Runs one call of a compound request; false if it failed or was refused.
   bool ProcessElement(APIRequest* request, APIResponse* response);
 
-  Json::Value lib_def_;                        // defaults of the descriptions
-  std::unique_ptr<DescriptionCache> descs_;    // descriptions by API name
-  std::unique_ptr<APIRequest> request_;        // the request being served
-  std::unique_ptr<APIResponse> response_;      // its response
-  std::map<std::string, void*> libs_;          // open handler libraries by path
-  std::int32_t compound_depth_ = 0;            // compound requests being handled
-  std::int32_t calls_left_ = 1000;             // how many calls they may still make
-  std::unique_ptr<APIRunnerPrivate> private_;  // the process's identity
+  std::unique_ptr<DescriptionDefaults> defaults_;  // of the descriptions
+  std::unique_ptr<DescriptionCache> descs_;        // descriptions by API name
+  std::unique_ptr<APIRequest> request_;            // the request being served
+  std::unique_ptr<APIResponse> response_;          // its response
+  std::map<std::string, void*> libs_;              // open handler libraries by path
+  std::int32_t compound_depth_ = 0;                // compound requests being handled
+  std::int32_t calls_left_ = 1000;                 // how many calls they may still make
+  std::unique_ptr<APIRunnerPrivate> private_;      // the process's identity
 };
 
 #pragma GCC diagnostic pop

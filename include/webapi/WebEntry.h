@@ -29,6 +29,8 @@ namespace ORBO {
 // directory must be the web-API directory.  Construct, Run once, destroy.
 class WEBAPI_EXPORT WebEntry : public APIRunner {
  public:
+  // Ends the process, with error 117 as its answer, when there is not even the memory
+  // for an empty request.
   WebEntry();
   // Deletes the temporary files of the request.
   ~WebEntry();
@@ -88,8 +90,9 @@ class WEBAPI_EXPORT WebEntry : public APIRunner {
  private:
   // Runs the call; what it throws ends as an error of the response.
   void Serve();
-  // OutputHeader and OutputBody, whole or not at all.
-  void OutputAnswer();
+  // OutputHeader and OutputBody, whole or not at all; `is_answered` is set once
+  // something may have been written.
+  void OutputAnswer(bool& is_answered);
   bool ProcessRelay(APIRequest* request, APIResponse* response);
   // Takes over a session id or an access token that came as a parameter.
   bool InitSessionVariables();

@@ -1,8 +1,11 @@
+#include <unistd.h>
+
 #include <webapi/WebEntry.h>
 
 #include <cstdlib>
 #include <utility>
 
+#include "entry/last_answer.h"
 #include "entry/session_cookie.h"
 #include "platform/cgi.h"
 #include "platform/files.h"
@@ -21,29 +24,36 @@ constexpr char kTokenVariable[] = "orboAccessToken";
 
 }  // namespace
 
-WebEntry::WebEntry()
+// A program that cannot even hold a request answers so and ends: no exception may
+// leave the constructor.
+WebEntry::WebEntry() try
     : temp_files_(Json::arrayValue),
       cgi_(std::make_unique<OrboCgi>()),
       perm_info_(Json::objectValue) {
   OrboCgiInit("", cgi_.get());
   OrboCgiLoadInCookies(cgi_.get());
   perm_info_["permResult"] = Json::Value(Json::arrayValue);
+} catch (...) {
+  WriteLastAnswer();
+  _exit(EXIT_FAILURE);
 }
 
 WebEntry::~WebEntry() {
   OrboCgiFree(cgi_.get());
   for (const Json::Value& path : temp_files_) {
     if (JSON::IsString(path)) {
-      QLIBCSysUnlink(JSON::AsString(path).c_str());
+      // The texts of JSON values end with a NUL; a copy could fail, and a file be left.
+      QLIBCSysUnlink(JSON::StringView(path).data());
     }
   }
 }
 
 void WebEntry::Run(const Json::Value& /*options*/) {
+  bool is_answered = false;
   try {
     Serve();
     if (response_->IsEnableOutput()) {
-      OutputAnswer();
+      OutputAnswer(is_answered);
     }
     OrboCgiDiscardBody();
     if (response_->GetHttpdRestart()) {
@@ -53,6 +63,9 @@ void WebEntry::Run(const Json::Value& /*options*/) {
   } catch (...) {
     // There is no memory, not even for the text of the exception.
     Log(LOG_ERR, "%s:%d request ended without memory for its answer", kSource, __LINE__);
+    if (!is_answered && response_->IsEnableOutput()) {
+      WriteLastAnswer();
+    }
   }
 }
 

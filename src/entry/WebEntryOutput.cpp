@@ -81,10 +81,11 @@ void WebEntry::OutputBody() {
   std::cout.flush();
 }
 
-void WebEntry::OutputAnswer() {
+void WebEntry::OutputAnswer(bool& is_answered) {
   // Both texts before either is written: a header without its body is no answer.
   const std::string header = FormatHeaderBlock(response_->GetHeaders(), response_->GetCookies());
   const std::string body = BodyText(response_->private_->Body());
+  is_answered = true;
   Write(header);
   Write(body);
   std::cout.flush();

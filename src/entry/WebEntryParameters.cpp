@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/cgi.h"
+#include "platform/cipher.h"
 #include "platform/webapi_util.h"
 #include "request/APIRequestPrivate.h"
 #include "request/encrypted_params.h"
@@ -92,7 +93,7 @@ bool WebEntry::DetectAndDecryptParamLine(const std::string& line, Json::Value& o
     const std::string text = JSON::AsString(JSON::At(*nested, kCipherTextMember));
     JSON::Remove(*nested, kCipherTextMember);
     DecryptParam(text, *nested);
-    JSON::Remove(*nested, "__cIpHeRtOkEn");
+    JSON::Remove(*nested, kCipherTokenMember);
   }
   return true;
 }

@@ -9,6 +9,7 @@
 #include "entry/permission_codes.h"
 #include "entry/user_rights.h"
 #include "request/APIRequestPrivate.h"
+#include "runner/DescriptionCache.h"
 #include "util/error_codes.h"
 #include "util/json_types.h"
 
@@ -77,11 +78,9 @@ bool WebEntry::CheckPermission(APIRequest* request, APIResponse* response) {
   }
   APIRequestPrivate& call = *request->private_;
   const std::string user = request->GetLoginUserName();
-  // A method's own list replaces the API's.
-  const Json::Value* const own =
-      JSON::Find(GetMethod(call.api(), call.version(), call.method()), "allowUser");
-  if (!IsUserAllowed(request, user.c_str(),
-                     own != nullptr ? *own : request->GetAPIInfo("allowUser", Json::Value())) ||
+  const Json::Value allowed =
+      AllowedUsers(request, call.api(), call.version(), call.method(), *descs_);
+  if (!IsUserAllowed(request, user.c_str(), allowed) ||
       !HasRequiredPrivilege(request, user.c_str())) {
     response->SetError(kErrorNoPrivilege);
     return false;

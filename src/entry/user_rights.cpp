@@ -6,9 +6,19 @@
 
 #include "platform/users.h"
 #include "request/user_class.h"
+#include "runner/DescriptionCache.h"
 #include "util/json_types.h"
 
 namespace ORBO {
+
+Json::Value AllowedUsers(APIRequest* request, const std::string& api, int version,
+                         const std::string& method, DescriptionCache& descriptions) {
+  Json::Value classes;
+  if (!descriptions.FindMethodAttribute(api, version, method, "allowUser", classes)) {
+    classes = request->GetAPIInfo("allowUser", Json::Value());
+  }
+  return classes;
+}
 
 bool IsUserAllowed(APIRequest* request, const char* user_name, const Json::Value& allow_user) {
   return user_name != nullptr && *user_name != '\0' &&

@@ -2,9 +2,17 @@
 
 #include <json/value.h>
 
+#include <string>
+
 namespace ORBO {
 
 class APIRequest;
+class DescriptionCache;
+
+// The user classes that may call `method` of the request's API `api`, a list if the
+// description is right: the method's own in `descriptions`, or else the API's.
+Json::Value AllowedUsers(APIRequest* request, const std::string& api, int version,
+                         const std::string& method, DescriptionCache& descriptions);
 
 // Whether the class of `user_name` stands in `allow_user`, a description's list
 // of user classes.  False for an empty name, for what is no list, and for an

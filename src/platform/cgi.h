@@ -56,10 +56,11 @@ void OrboCgiFree(OrboCgi* cgi);
 // was loaded before.
 void OrboCgiLoadInCookies(OrboCgi* cgi);
 
-// Deciphers a raw parameter line in place where the line as a whole is
-// enciphered; percent-escapes stay, since the pairs are split before they are
-// decoded.  `line` is writable and NUL-terminated; the result is never longer.
-// 0 on failure.
+// Opens the enciphered line (see cipher.h) that the value of a pair of the raw parameter
+// line may be, in place: the pair goes, and the pairs of the enciphered line come last,
+// so that they hold where a name is there twice.  Percent-escapes stay, since the pairs
+// are split before they are decoded.  `line` is writable and NUL-terminated; the result
+// is never longer.  0 on failure, which more than one such pair is too.
 int OrboCgiDetectAndDecryptParamLine(char* line);
 
 // Writes the address of the client as text (inet_ntop form) into `buffer`.

@@ -3,7 +3,18 @@
 #include <string>
 
 // The platform's ciphers for enciphered request parameters.  Keys are the
-// platform's; none of them reaches the rest of the system.
+// platform's; none of them reaches the rest of the system.  Each operation accepts what
+// a client has enciphered once, and that only for some minutes after it was.
+
+namespace ORBO {
+
+// The reserved names of parameters.
+inline constexpr char kCipherTextMember[] = "__cIpHeRtExT";    // an enciphered line
+inline constexpr char kCipherTokenMember[] = "__cIpHeRtOkEn";  // goes with the line, unread
+inline constexpr char kKeyTokenMember[] = "__nEkOtReHpIc";     // what the next one's key is in
+inline constexpr char kKeyedTextMember[] = "__tXeTrEhPiC";     // a line by a key of its own
+
+}  // namespace ORBO
 
 // Deciphers `text` (writable, NUL-terminated) in place into a plain parameter
 // line, never longer than it was.  Non-zero on success.

@@ -11,49 +11,45 @@
 namespace ORBO {
 namespace {
 
-constexpr char kTokenMember[] = "__nEkOtReHpIc";
-constexpr char kAESTextMember[] = "__tXeTrEhPiC";
 constexpr char kNestedMember[] = "webapi";
 
 constexpr int kKeyBufferSize = 33;  // a key of 32 characters and its terminator
 
-// A key that is cleared whichever way the call ends.
-struct Key {
-  std::string text = std::string(kKeyBufferSize, '\0');
-  ~Key() { explicit_bzero(text.data(), text.capacity()); }
+// A key or a deciphered line, cleared whichever way the call ends.
+struct Secret {
+  std::string text;
+  ~Secret() { explicit_bzero(text.data(), text.size()); }
 };
+
+// The platform takes texts up to a NUL, which none of them holds.
+bool IsText(const std::string& text) { return text.find('\0') == std::string::npos; }
 
 }  // namespace
 
 bool DecryptParamText(const std::string& text, Json::Value& params) {
-  std::string line = text;
-  if (OrboCgiDecryptParam(line.data()) == 0) {
-    return false;
-  }
-  return WebAPIUtil::strPairToJsonObj(line.c_str(), params, true, true);
+  Secret line{text};
+  return IsText(text) && OrboCgiDecryptParam(line.text.data()) != 0 &&
+         WebAPIUtil::strPairToJsonObj(line.text.c_str(), params, true, true);
 }
 
 bool DecryptAESParam(Json::Value& params) {
-  if (!JSON::Has(params, kTokenMember) || !JSON::Has(params, kAESTextMember)) {
+  if (!JSON::Has(params, kKeyTokenMember) || !JSON::Has(params, kKeyedTextMember)) {
     return true;
   }
-  const std::string token = JSON::AsString(JSON::At(params, kTokenMember));
-  const std::string cipher_text = JSON::AsString(JSON::At(params, kAESTextMember));
-  JSON::Remove(params, kTokenMember);
-  JSON::Remove(params, kAESTextMember);
-  if (token.empty() || cipher_text.empty()) {
+  const std::string token = JSON::AsString(JSON::At(params, kKeyTokenMember));
+  const std::string cipher_text = JSON::AsString(JSON::At(params, kKeyedTextMember));
+  JSON::Remove(params, kKeyTokenMember);
+  JSON::Remove(params, kKeyedTextMember);
+  if (token.empty() || cipher_text.empty() || !IsText(token)) {
     return false;
   }
-  Key key;
-  if (ORBOKptokenGenerateToken(token.c_str(), key.text.data(), kKeyBufferSize) < 0) {
-    return false;
-  }
-  key.text.resize(strnlen(key.text.c_str(), kKeyBufferSize - 1));
-  std::string line;
-  if (!CredRequestUtil::GetDecryptAESString(key.text, cipher_text, line)) {
-    return false;
-  }
-  return WebAPIUtil::strPairToJsonObj(line, params, true, true);
+  char key_buffer[kKeyBufferSize] = {};
+  const int result = ORBOKptokenGenerateToken(token.c_str(), key_buffer, kKeyBufferSize);
+  const Secret key{std::string(key_buffer, strnlen(key_buffer, kKeyBufferSize - 1))};
+  explicit_bzero(key_buffer, sizeof key_buffer);
+  Secret line;
+  return result >= 0 && CredRequestUtil::GetDecryptAESString(key.text, cipher_text, line.text) &&
+         WebAPIUtil::strPairToJsonObj(line.text, params, true, true);
 }
 
 bool DecryptParam(Json::Value& params) {

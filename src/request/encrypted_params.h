@@ -30,6 +30,4 @@ bool DecryptAESParam(Json::Value& params);
 // either fails; `params` is unchanged then.
 bool DecryptParamText(const std::string& text, Json::Value& params);
 
-inline constexpr char kCipherTextMember[] = "__cIpHeRtExT";
-
 }  // namespace ORBO

@@ -5,20 +5,16 @@
 #include "util/json_types.h"
 
 namespace ORBO {
-namespace {
 
-struct ClassBit {
-  std::string_view name;
-  int bit;
-};
-
-constexpr ClassBit kClassBits[] = {
+const UserClassBit kUserClassBits[6] = {
     {"admin.local", 0x01},  {"admin.domain", 0x02},  {"admin.ldap", 0x04},
     {"normal.local", 0x08}, {"normal.domain", 0x10}, {"normal.ldap", 0x20},
 };
 
+namespace {
+
 int BitOf(std::string_view name) {
-  for (const ClassBit& row : kClassBits) {
+  for (const UserClassBit& row : kUserClassBits) {
     if (row.name == name) {
       return row.bit;
     }

@@ -7,6 +7,13 @@
 
 namespace ORBO {
 
+// A user class and its bit in masks.
+struct UserClassBit {
+  std::string_view name;
+  int bit;
+};
+extern const UserClassBit kUserClassBits[6];
+
 // The mask of the user classes that `classes`, a description's "allowUser",
 // names: "admin.local" 0x01, "admin.domain" 0x02, "admin.ldap" 0x04,
 // "normal.local" 0x08, "normal.domain" 0x10, "normal.ldap" 0x20.  Unknown names

@@ -59,12 +59,12 @@ class APIResponsePrivate : public APIBase {
   void BindTask();
   void WriteToTask();
 
-  APIRequest* request_;  // not owned; may be null
-  APIResponse* owner_;   // not owned
-  int error_ = 0;        // the last code given to SetError
-  CallbackList callbacks_;
+  APIRequest* request_;              // not owned; may be null
+  APIResponse* owner_;               // not owned
   std::unique_ptr<KEP::Task> task_;  // null until the first result of a task
-  std::string task_name_;            // that task's full id
+  int error_ = 0;                    // the last code given to SetError
+  CallbackList callbacks_;           // in the order of registration
+  std::string task_name_;            // the full id of `task_`
 };
 
 }  // namespace ORBO

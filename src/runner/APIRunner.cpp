@@ -6,11 +6,11 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/webapi_util.h"
 #include "request/APIRequestPrivate.h"
 #include "response/APIResponsePrivate.h"
 #include "runner/APIRunnerPrivate.h"
 #include "runner/DescriptionCache.h"
+#include "runner/DescriptionDefaults.h"
 #include "util/error_codes.h"
 #include "util/exception_text.h"
 #include "util/json_types.h"
@@ -21,22 +21,17 @@ namespace ORBO {
 namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
-constexpr char kDefaultsFile[] = "lib.def";
 
 }  // namespace
 
 APIRunner::APIRunner()
-    : lib_def_(Json::objectValue),
-      descs_(std::make_unique<DescriptionCache>(lib_def_)),
+    : defaults_(std::make_unique<DescriptionDefaults>()),
+      descs_(std::make_unique<DescriptionCache>(*defaults_)),
       request_(std::make_unique<APIRequest>(Json::Value())),
       response_(std::make_unique<APIResponse>(request_.get())),
       private_(std::make_unique<APIRunnerPrivate>(this)) {
   setsid();
-  Json::Value defaults;
-  if (WebAPIUtil::ReadJsonFile(RootedPath(kWebAPIDirectory) + kDefaultsFile, defaults) &&
-      JSON::IsObject(defaults) && !JSON::IsNull(defaults)) {
-    lib_def_.swap(defaults);
-  }
+  defaults_->Read(RootedPath(kWebAPIDirectory) + kDefaultsFile);
 }
 
 APIRunner::~APIRunner() {

@@ -18,8 +18,9 @@ int CheckNames(const APIRequestPrivate& call, DescriptionCache& descs) {
     return kErrorNoSuchAPI;
   }
   const Json::Value& info = *descs.Info(call.api());
-  if (call.version() > JSON::AsInt(JSON::At(info, "maxVersion")) ||
-      call.version() < JSON::AsInt(JSON::At(info, "minVersion"))) {
+  // The bounds are any integers, also such as no version can reach.
+  if (call.version() > JSON::AsInt64(JSON::At(info, "maxVersion")) ||
+      call.version() < JSON::AsInt64(JSON::At(info, "minVersion"))) {
     return kErrorNoSuchVersion;
   }
   if (!descs.IsMethodListed(call.api(), call.version(), call.method())) {

@@ -6,6 +6,7 @@
 
 #include "request/APIRequestPrivate.h"
 #include "response/APIResponsePrivate.h"
+#include "runner/entry_api.h"
 #include "util/error_codes.h"
 #include "util/json_types.h"
 #include "util/log.h"
@@ -40,10 +41,14 @@ void TakeElement(const Json::Value& element, APIRequestPrivate& caller, APIReque
   call.InitSession(is_known ? caller.GetData("session", "", Json::Value()) : Json::Value());
 }
 
+bool IsNamed(const APIRequestPrivate& call) {
+  return !call.api().empty() && !call.method().empty() && call.version() >= 1;
+}
+
 // The body of `response`, with the names of its call where it has them.
 Json::Value NamedBody(const APIRequestPrivate& call, APIResponsePrivate& response) {
   Json::Value body = response.TakeBody();
-  if (!call.api().empty() && !call.method().empty() && call.version() >= 1) {
+  if (IsNamed(call)) {
     body["api"] = call.api();
     body["version"] = call.version();
     body["method"] = call.method();
@@ -54,7 +59,7 @@ Json::Value NamedBody(const APIRequestPrivate& call, APIResponsePrivate& respons
 }  // namespace
 
 bool APIRunner::ProcessEntry(APIRequest* request, APIResponse* response) {
-  if (request->private_->method() != "request") {
+  if (request->private_->method() != kEntryMethod) {
     return false;
   }
   if (!request->HasParam("compound") || compound_depth_ >= kDeepestCompound) {
@@ -120,11 +125,10 @@ bool APIRunner::HandleCompound(APIRequest* request, APIResponse* response) {
 }
 
 bool APIRunner::ProcessElement(APIRequest* request, APIResponse* response) {
-  const APIRequestPrivate& call = *request->private_;
-  const Json::Value& attributes = GetMethod(call.api(), call.version(), call.method());
-  // The one body and the one output belong to the whole request.
-  if (JSON::AsBool(JSON::At(attributes, "allowUpload")) ||
-      JSON::AsBool(JSON::At(attributes, "allowDownload"))) {
+  // The one body and the one output belong to the whole request.  A call without a name
+  // is left to the checks, whatever the defaults of methods are.
+  if (IsNamed(*request->private_) &&
+      (GetMethodAttr(request, "allowUpload") || GetMethodAttr(request, "allowDownload"))) {
     response->SetError(kErrorNotInCompound);
     return false;
   }

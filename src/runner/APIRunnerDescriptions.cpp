@@ -1,9 +1,8 @@
-#include <glob.h>
-
 #include <webapi/APIRunner.h>
 
 #include "request/APIRequestPrivate.h"
 #include "runner/DescriptionCache.h"
+#include "runner/description_candidates.h"
 #include "runner/description_rules.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
@@ -11,17 +10,15 @@
 namespace ORBO {
 namespace {
 
-constexpr char kDescriptionPattern[] = "*.lib";
-
 // Adds every usable entry of `file` to `descs` as a value.
-void AddEntries(const DescriptionFile& file, const Json::Value& lib_def, Json::Value& descs) {
+void AddEntries(const DescriptionFile& file, DescriptionDefaults& defaults, Json::Value& descs) {
   for (const DescriptionFile::Entry* entry : ValidEntries(file)) {
     Json::Value value;
     if (!JSON::Parse(entry->text, value, JSON::Comments::kAllowed)) {
       LogInvalidEntry(*entry);
       continue;
     }
-    ApplyDescriptionDefaults(value, lib_def);
+    ApplyDescriptionDefaults(value, defaults);
     JSON::Set(descs, entry->api, std::move(value));
   }
 }
@@ -29,18 +26,13 @@ void AddEntries(const DescriptionFile& file, const Json::Value& lib_def, Json::V
 }  // namespace
 
 bool APIRunner::InitLibDesc(Json::Value& descs) {
-  glob_t found{};
-  if (glob(kDescriptionPattern, 0, nullptr, &found) != 0) {
-    globfree(&found);
-    return false;
-  }
-  for (std::size_t i = 0; i < found.gl_pathc; ++i) {
-    if (const auto file = DescriptionFile::Read(found.gl_pathv[i])) {
-      AddEntries(*file, lib_def_, descs);
+  const std::vector<std::string> names = DescriptionFileNames();
+  for (const std::string& name : names) {
+    if (const auto file = DescriptionFile::Read(name)) {
+      AddEntries(*file, *defaults_, descs);
     }
   }
-  globfree(&found);
-  return true;
+  return !names.empty();
 }
 
 bool APIRunner::InitLibDesc(Json::Value& descs, const std::string& api) {
@@ -58,7 +50,7 @@ bool APIRunner::InitLibDesc(Json::Value& descs, const std::string& api) {
   if (file == nullptr) {
     return false;
   }
-  AddEntries(*file, lib_def_, descs);
+  AddEntries(*file, *defaults_, descs);
   return true;
 }
 
@@ -69,7 +61,7 @@ bool APIRunner::InitLibDesc(Json::Value& descs, APIRequest* request) {
 bool APIRunner::CheckLibDescription(Json::Value& entry) { return IsValidDescription(entry); }
 
 Json::Value& APIRunner::ApplyLibDef(Json::Value& entry) {
-  ApplyDescriptionDefaults(entry, lib_def_);
+  ApplyDescriptionDefaults(entry, *defaults_);
   return entry;
 }
 
@@ -80,9 +72,7 @@ const Json::Value& APIRunner::GetMethod(const std::string& api, int version,
 
 bool APIRunner::GetMethodAttr(const std::string& api, int version, const std::string& method,
                               const std::string& attr) {
-  const Json::Value& attributes = GetMethod(api, version, method);
-  const bool own = JSON::IsObject(attributes);
-  return JSON::AsBool(JSON::At(own ? attributes : JSON::At(lib_def_, "methods"), attr));
+  return descs_->IsMethodAttributeSet(api, version, method, attr);
 }
 
 bool APIRunner::GetMethodAttr(APIRequest* request, const std::string& attr) {

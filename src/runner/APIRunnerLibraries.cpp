@@ -12,6 +12,35 @@ namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
 
+using Libraries = std::map<std::string, void*>;
+
+// The open library `path` of `libraries`, opened on first use; null, and logged, if it
+// cannot be.
+void* OpenLibrary(Libraries& libraries, const std::string& path) {
+  // Through a pointer that the compiler does not see through: contrary to its
+  // declaration dlopen lets pass what constructors of static objects throw.
+  void* (*const volatile open)(const char*, int) = dlopen;
+  const auto [library, is_new] = libraries.try_emplace(path, nullptr);
+  if (!is_new) {
+    return library->second;
+  }
+  try {
+    library->second = open(path.c_str(), RTLD_LAZY);
+  } catch (...) {
+    // Stays null: opened again, a library that is half made would pass for whole.
+    Log(LOG_ERR, "%s:%d cannot open library: %s. error = %s", kSource, __LINE__, path.c_str(),
+        CurrentExceptionText().c_str());
+    return nullptr;
+  }
+  void* const handle = library->second;
+  if (handle == nullptr) {
+    Log(LOG_ERR, "%s:%d cannot open library: %s. error = %s", kSource, __LINE__, path.c_str(),
+        dlerror());
+    libraries.erase(library);
+  }
+  return handle;
+}
+
 // The address of `symbol` in the open library `handle`, with the loader's error
 // text, or null, in `error`.
 void* FindSymbol(void* handle, const char* symbol, const char*& error) {
@@ -41,15 +70,8 @@ bool APIRunner::OpenLib(APIRequest* request, _tag_API_TABLE** table,
     Log(LOG_ERR, "%s:%d Bad parameters", kSource, __LINE__);
     return false;
   }
-  const std::string path = request->private_->GetText("reqLib", "lib", "");
-  void*& handle = libs_[path];
+  void* const handle = OpenLibrary(libs_, request->private_->GetText("reqLib", "lib", ""));
   if (handle == nullptr) {
-    handle = dlopen(path.c_str(), RTLD_LAZY);
-  }
-  if (handle == nullptr) {
-    Log(LOG_ERR, "%s:%d cannot open library: %s. error = %s", kSource, __LINE__, path.c_str(),
-        dlerror());
-    libs_.erase(path);
     return false;
   }
   if (check_table != nullptr) {
@@ -99,7 +121,9 @@ bool APIRunner::GetCheckTableFunc(void* handle, _tag_API_CHECK_TABLE** check_tab
 
 void APIRunner::CloseLib() {
   for (const auto& [path, handle] : libs_) {
-    dlclose(handle);
+    if (handle != nullptr) {
+      dlclose(handle);
+    }
   }
   libs_.clear();
 }

@@ -5,6 +5,7 @@
 
 #include "request/APIRequestPrivate.h"
 #include "runner/HatGuard.h"
+#include "runner/entry_api.h"
 #include "runner/table_lookup.h"
 #include "util/PriorityGuard.h"
 #include "util/StreamGuard.h"
@@ -17,7 +18,6 @@ namespace ORBO {
 namespace {
 
 constexpr char kSource[] = "APIRunner.cpp";
-constexpr char kEntryAPI[] = "ORBO.Entry.Request";
 
 // Calls `function`, a check or a handler of a separately built library, and
 // keeps its exceptions from leaving.  False if it threw.
@@ -115,11 +115,11 @@ bool APIRunner::ProcessLib(APIRequest* request, APIResponse* response) {
   }
   std::optional<StreamGuard> input;
   if (!allow_upload) {
-    input.emplace(std::cin, std::ios::in);
+    input.emplace(std::cin);
   }
   std::optional<StreamGuard> output;
   if (!allow_download) {
-    output.emplace(std::cout, std::ios::out);
+    output.emplace(std::cout);
   }
   const PriorityGuard priority(
       JSON::AsInt(request->private_->GetData("reqLib", "priority", Json::Value(0))));

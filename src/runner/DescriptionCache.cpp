@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/files.h"
 #include "runner/description_candidates.h"
 #include "runner/description_rules.h"
 #include "runner/method_lookup.h"
@@ -22,16 +21,11 @@ constexpr JSON::Comments kComments = JSON::Comments::kAllowed;
 }  // namespace
 
 std::string FindDescriptionFile(const std::string& api) {
-  const std::vector<std::string> candidates = DescriptionCandidates(api);
-  for (auto path = candidates.rbegin(); path != candidates.rend(); ++path) {
-    if (QLIBCFileExist(path->c_str()) == 1) {
-      return *path;
-    }
-  }
-  if (!api.empty()) {
+  std::string path = ExistingCandidate(api);
+  if (path.empty() && !api.empty()) {
     Log(LOG_ERR, "%s:%d WebAPI %s is not valid", kSource, __LINE__, LogText(api).c_str());
   }
-  return {};
+  return path;
 }
 
 std::unique_ptr<DescriptionFile> ReadDescriptionFile(const std::string& path) {
@@ -92,12 +86,12 @@ const Json::Value* DescriptionCache::Info(const std::string& api) {
   Description& description = found->second;
   if (description.info == nullptr) {
     auto info = std::make_unique<Json::Value>(Json::objectValue);
-    for (const DescriptionFile::Member& member : description.entry->members) {
+    for (const JSON::Member& member : description.entry->members) {
       if (!JSON::QuotedEquals(member.key, "methods")) {
         JSON::Parse(member.text, (*info)[JSON::DecodeString(member.key)], kComments);
       }
     }
-    ApplyDescriptionDefaults(*info, lib_def_);
+    ApplyDescriptionDefaults(*info, defaults_);
     description.info = std::move(info);
   }
   return description.info.get();
@@ -117,26 +111,69 @@ bool DescriptionCache::IsMethodListed(const std::string& api, int version,
   return found != apis_.end() && ORBO::IsMethodListed(*found->second.entry, version, method);
 }
 
-const Json::Value& DescriptionCache::MethodAttributes(const std::string& api, int version,
-                                                      const std::string& method) {
-  const Json::Value& defaults = JSON::At(lib_def_, "methods");
-  if (!Load(api)) {
-    return defaults;
-  }
-  const auto found = apis_.find(api);
-  if (found == apis_.end()) {
-    return defaults;
-  }
-  const std::string_view text = FindMethodAttributes(*found->second.entry, version, method);
-  if (text.empty()) {
-    return defaults;
-  }
+std::string_view DescriptionCache::AttributesText(const std::string& api, int version,
+                                                  const std::string& method) {
+  const auto found = Load(api) ? apis_.find(api) : apis_.end();
+  return found != apis_.end() ? FindMethodAttributes(*found->second.entry, version, method)
+                              : std::string_view();
+}
+
+DescriptionCache::Attributes& DescriptionCache::Split(std::string_view text) {
   const auto [attributes, is_new] = attributes_.try_emplace(text.data());
-  if (is_new && !JSON::Parse(text, attributes->second, kComments)) {
-    // Attributes that cannot be read grant nothing, and do not become defaults.
-    attributes->second = Json::Value(Json::objectValue);
+  if (is_new) {
+    JSON::SplitMembers(text, kComments, attributes->second.members);
   }
   return attributes->second;
+}
+
+const Json::Value& DescriptionCache::MethodAttributes(const std::string& api, int version,
+                                                      const std::string& method) {
+  const std::string_view text = AttributesText(api, version, method);
+  if (text.empty()) {
+    return defaults_.Get("methods");
+  }
+  Attributes& attributes = Split(text);
+  if (attributes.values == nullptr) {
+    // Attributes that cannot be read grant nothing, and do not become defaults.
+    attributes.values = std::make_unique<Json::Value>(Json::objectValue);
+    JSON::Parse(text, *attributes.values, kComments);
+  }
+  return *attributes.values;
+}
+
+bool DescriptionCache::FindAttribute(std::string_view text, std::string_view name,
+                                     Json::Value& out) {
+  if (text.empty()) {
+    const Json::Value* const found = JSON::Find(defaults_.Get("methods"), name);
+    if (found != nullptr) {
+      out = *found;
+    }
+    return found != nullptr;
+  }
+  const std::string_view own =
+      text.front() == '{' ? JSON::FindMember(Split(text).members, name) : std::string_view();
+  if (own.empty()) {
+    return false;
+  }
+  // What cannot be read stands for nothing, and not for being missing.
+  if (!JSON::Parse(own, out, kComments)) {
+    out = Json::Value();
+  }
+  return true;
+}
+
+bool DescriptionCache::FindMethodAttribute(const std::string& api, int version,
+                                           const std::string& method, std::string_view name,
+                                           Json::Value& out) {
+  return FindAttribute(AttributesText(api, version, method), name, out);
+}
+
+bool DescriptionCache::IsMethodAttributeSet(const std::string& api, int version,
+                                            const std::string& method, std::string_view name) {
+  const std::string_view text = AttributesText(api, version, method);
+  const bool usable = text.empty() || text.front() == '{' || text == "null";
+  Json::Value value;
+  return FindAttribute(usable ? text : std::string_view(), name, value) && JSON::AsBool(value);
 }
 
 }  // namespace ORBO

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "runner/DescriptionDefaults.h"
 #include "runner/DescriptionFile.h"
 #include "util/SharedText.h"
 
@@ -19,8 +20,8 @@ namespace ORBO {
 // again, since a process serves one HTTP request.
 class DescriptionCache {
  public:
-  // `lib_def` holds the defaults and must outlive the cache.
-  explicit DescriptionCache(const Json::Value& lib_def) : lib_def_(lib_def) {}
+  // `defaults` must outlive the cache.
+  explicit DescriptionCache(DescriptionDefaults& defaults) : defaults_(defaults) {}
 
   DescriptionCache(const DescriptionCache&) = delete;
   DescriptionCache& operator=(const DescriptionCache&) = delete;
@@ -48,18 +49,39 @@ class DescriptionCache {
   const Json::Value& MethodAttributes(const std::string& api, int version,
                                       const std::string& method);
 
+  // Copies one of these attributes to `out`; null for one that cannot be read.  False,
+  // and `out` unchanged, if it is missing.
+  bool FindMethodAttribute(const std::string& api, int version, const std::string& method,
+                           std::string_view name, Json::Value& out);
+
+  // One of these attributes as a truth value, of the defaults also where the method's
+  // own attributes are neither an object nor null.
+  bool IsMethodAttributeSet(const std::string& api, int version, const std::string& method,
+                            std::string_view name);
+
  private:
+  // The attributes of one method, of which a call needs few.
+  struct Attributes {
+    std::vector<JSON::Member> members;    // of an object
+    std::unique_ptr<Json::Value> values;  // made when first asked for
+  };
+
   struct Description {
     std::shared_ptr<const DescriptionFile> file;
     const DescriptionFile::Entry* entry = nullptr;  // of that file
     std::unique_ptr<Json::Value> info;              // made when first asked for
   };
 
-  const Json::Value& lib_def_;
+  // The text of the method's own attributes; empty where it has none.
+  std::string_view AttributesText(const std::string& api, int version, const std::string& method);
+  Attributes& Split(std::string_view text);
+  bool FindAttribute(std::string_view text, std::string_view name, Json::Value& out);
+
+  DescriptionDefaults& defaults_;
   std::map<std::string, std::shared_ptr<const DescriptionFile>> files_;  // by path
   std::map<std::string, Description> apis_;
   std::set<std::string> unusable_;  // APIs without a usable file; looked for and logged once
-  std::map<const char*, Json::Value> attributes_;  // by the text that they came from
+  std::map<const char*, Attributes> attributes_;  // by the text that they came from
 };
 
 // The description file that holds `api`; empty, and logged, if there is none.

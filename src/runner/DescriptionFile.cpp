@@ -27,12 +27,7 @@ bool BeginsWith(std::string_view text, std::size_t position, char c) {
 }  // namespace
 
 std::string_view DescriptionFile::Entry::Find(std::string_view key) const {
-  for (auto member = members.rbegin(); member != members.rend(); ++member) {
-    if (JSON::QuotedEquals(member->key, key)) {
-      return member->text;
-    }
-  }
-  return {};
+  return JSON::FindMember(members, key);
 }
 
 std::unique_ptr<DescriptionFile> DescriptionFile::Read(const std::string& path) {

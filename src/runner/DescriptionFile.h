@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "util/json_members.h"
+
 namespace ORBO {
 
 // One description file: its text with an index of the APIs, versions and
@@ -37,16 +39,11 @@ class DescriptionFile {
     std::size_t count;
   };
 
-  struct Member {
-    std::string_view key;  // with its quotes
-    std::string_view text;
-  };
-
   // The description entry of one API.
   struct Entry {
     std::string api;
     std::string_view text;
-    std::vector<Member> members;
+    std::vector<JSON::Member> members;
     std::vector<Version> versions;
     std::vector<Method> methods;
 
@@ -61,6 +58,8 @@ class DescriptionFile {
   DescriptionFile(const DescriptionFile&) = delete;
   DescriptionFile& operator=(const DescriptionFile&) = delete;
 
+  // The whole text, which all views are pieces of.
+  const std::string& text() const { return text_; }
   // The APIs of the file in name order.
   const std::vector<Entry>& entries() const { return entries_; }
 

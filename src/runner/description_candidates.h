@@ -14,4 +14,11 @@ namespace ORBO {
 // not choose a file outside the directory.
 std::vector<std::string> DescriptionCandidates(const std::string& api);
 
+// The candidate that is read for `api`: the longest one that exists; empty if none
+// does.
+std::string ExistingCandidate(const std::string& api);
+
+// All description files of the working directory, in name order.
+std::vector<std::string> DescriptionFileNames();
+
 }  // namespace ORBO

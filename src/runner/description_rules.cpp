@@ -9,13 +9,15 @@ namespace {
 constexpr int kMinPriority = -10;
 constexpr int kMaxPriority = 10;
 
-void SetDefault(Json::Value& entry, const char* key, const Json::Value& value) {
+void SetDefault(Json::Value& entry, const char* key, DescriptionDefaults& defaults) {
   if (!JSON::Has(entry, key)) {
-    JSON::Set(entry, key, value);
+    JSON::Set(entry, key, defaults.Get(key));
   }
 }
 
-bool IsPriority(std::int64_t number) { return number >= kMinPriority && number <= kMaxPriority; }
+bool IsPriorityNumber(std::int64_t number) {
+  return number >= kMinPriority && number <= kMaxPriority;
+}
 
 // The integer that a JSON value is, by its text.
 bool ReadInt(std::string_view text, std::int64_t& out) {
@@ -26,6 +28,10 @@ bool ReadInt(std::string_view text, std::int64_t& out) {
 bool IsFilledString(std::string_view text) { return text.size() > 2 && text.front() == '"'; }
 
 }  // namespace
+
+bool IsPriority(const Json::Value& value) {
+  return JSON::IsInt(value) && IsPriorityNumber(JSON::AsInt64(value));
+}
 
 bool IsValidDescription(const Json::Value& entry) {
   if (entry.type() != Json::objectValue || JSON::StringView(JSON::At(entry, "lib")).empty()) {
@@ -39,25 +45,39 @@ bool IsValidDescription(const Json::Value& entry) {
     return false;
   }
   const Json::Value* priority = JSON::Find(entry, "priority");
-  return priority == nullptr || (JSON::IsInt(*priority) && IsPriority(JSON::AsInt64(*priority)));
+  return priority == nullptr || IsPriority(*priority);
 }
 
-bool IsValidDescription(const DescriptionFile::Entry& entry) {
+unsigned DescriptionFaults(const DescriptionFile::Entry& entry) {
   // What is no object has no members.
   std::int64_t number = 0;
-  if (!IsFilledString(entry.Find("lib")) || !ReadInt(entry.Find("minVersion"), number) ||
-      !ReadInt(entry.Find("maxVersion"), number) || entry.Find("methods").substr(0, 1) != "{") {
-    return false;
+  unsigned faults = 0;
+  if (!IsFilledString(entry.Find("lib"))) {
+    faults |= kFaultyLib;
+  }
+  if (!ReadInt(entry.Find("minVersion"), number)) {
+    faults |= kFaultyMinVersion;
+  }
+  if (!ReadInt(entry.Find("maxVersion"), number)) {
+    faults |= kFaultyMaxVersion;
+  }
+  if (entry.Find("methods").substr(0, 1) != "{") {
+    faults |= kFaultyMethods;
   }
   const std::string_view priority = entry.Find("priority");
-  return priority.empty() || (ReadInt(priority, number) && IsPriority(number));
+  if (!priority.empty() && !(ReadInt(priority, number) && IsPriorityNumber(number))) {
+    faults |= kFaultyPriority;
+  }
+  return faults;
 }
 
-void ApplyDescriptionDefaults(Json::Value& entry, const Json::Value& lib_def) {
-  SetDefault(entry, "authLevel", JSON::At(lib_def, "authLevel"));
-  SetDefault(entry, "allowUser", JSON::At(lib_def, "allowUser"));
-  SetDefault(entry, "requestFormat", Json::Value("JSON"));
-  SetDefault(entry, "priority", JSON::At(lib_def, "priority"));
+void ApplyDescriptionDefaults(Json::Value& entry, DescriptionDefaults& defaults) {
+  for (const char* const key : {"authLevel", "allowUser", "priority"}) {
+    SetDefault(entry, key, defaults);
+  }
+  if (!JSON::Has(entry, "requestFormat")) {
+    JSON::Set(entry, "requestFormat", Json::Value("JSON"));
+  }
 }
 
 }  // namespace ORBO

@@ -1,6 +1,7 @@
 #include "transfer/APIDownloadPrivate.h"
 
 #include <cerrno>
+#include <exception>
 #include <iostream>
 
 #include <webapi/APIResponse.h>
@@ -109,6 +110,12 @@ void APIDownloadPrivate::PrintHeader() {
   std::cout << lines;
 }
 
+void APIDownloadPrivate::EnableOutput(bool is_enabled) {
+  if (response_ != nullptr) {
+    response_->SetEnableOutput(is_enabled);
+  }
+}
+
 template <typename Writer>
 int APIDownloadPrivate::Answer(Writer write) {
   // The content goes past the stream object, which is all that a method's description
@@ -123,22 +130,30 @@ int APIDownloadPrivate::Answer(Writer write) {
     SetHeader(kContentTypeHeader, mime_type_);
   }
   HeldOutput held(std::cout);
-  PrintHeader();
-  const std::size_t header_size = held.text().size();
-  const int result = write();
-  // An outputer that has written something has begun an answer, whatever it says.
-  if (result < 0 && held.text().size() == header_size) {
+  int result = -ENOMEM;
+  bool is_begun = false;
+  const bool was_enabled = response_ == nullptr || response_->IsEnableOutput();
+  try {
+    // A body after the file would be read as the beginning of the next answer where the
+    // client keeps the connection.
+    EnableOutput(false);
+    PrintHeader();
+    const std::size_t header_size = held.text().size();
+    result = write();
+    // An outputer that has written something has begun an answer, whatever it says.
+    is_begun = result >= 0 || held.text().size() != header_size;
+  } catch (const std::exception&) {
+    // There is no memory; JSON values say so by an exception of their own.  The answer
+    // has not begun: nothing is allocated once the head is written.
+  }
+  if (!is_begun || held.is_lost()) {
     if (!replaced_type.empty()) {
       SetHeader(kContentTypeHeader, replaced_type);
     }
-    return result;
+    EnableOutput(was_enabled);
+    return held.is_lost() ? -ENOMEM : result;
   }
   held.Pass();
-  if (response_ != nullptr) {
-    // A body after the file would be read as the beginning of the next answer where the
-    // client keeps the connection.
-    response_->SetEnableOutput(false);
-  }
   return result;
 }
 

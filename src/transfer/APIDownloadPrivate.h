@@ -32,6 +32,7 @@ class APIDownloadPrivate {
  private:
   // Writes the response's headers to standard output.
   void PrintHeader();
+  void EnableOutput(bool is_enabled);
   // Prints the headers and calls `write`, which gives its result; takes back what was
   // done where that failed.
   template <typename Writer>

@@ -1,5 +1,7 @@
 #include "util/HeldOutput.h"
 
+#include <new>
+
 namespace ORBO {
 
 HeldOutput::HeldOutput(std::ostream& stream)
@@ -26,14 +28,25 @@ std::string_view HeldOutput::Of(const std::ostream& stream) {
 
 HeldOutput::int_type HeldOutput::overflow(int_type character) {
   if (!traits_type::eq_int_type(character, traits_type::eof())) {
-    text_ += traits_type::to_char_type(character);
+    const char text = traits_type::to_char_type(character);
+    return Hold(&text, 1) == 1 ? character : traits_type::eof();
   }
   return traits_type::not_eof(character);
 }
 
 std::streamsize HeldOutput::xsputn(const char* text, std::streamsize size) {
-  text_.append(text, static_cast<std::size_t>(size));
-  return size;
+  return Hold(text, static_cast<std::size_t>(size));
+}
+
+// The stream would keep an exception for itself and go on with the next text.
+std::streamsize HeldOutput::Hold(const char* text, std::size_t size) {
+  try {
+    text_.append(text, size);
+  } catch (const std::bad_alloc&) {
+    is_lost_ = true;
+    return 0;
+  }
+  return static_cast<std::streamsize>(size);
 }
 
 int HeldOutput::sync() { return Write() && previous_buffer_->pubsync() == 0 ? 0 : -1; }
@@ -45,6 +58,10 @@ void HeldOutput::Pass() {
 }
 
 bool HeldOutput::Write() {
+  if (is_lost_) {
+    text_.clear();
+    return false;
+  }
   const auto size = static_cast<std::streamsize>(text_.size());
   const bool passed = size == 0 || previous_buffer_->sputn(text_.data(), size) == size;
   text_.clear();

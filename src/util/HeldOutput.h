@@ -26,6 +26,9 @@ class HeldOutput : public std::streambuf {
   static std::string_view Of(const std::ostream& stream);
 
   std::string_view text() const { return text_; }
+  // Whether there was no memory for a text.  Nothing of what was held with it is
+  // passed on.
+  bool is_lost() const { return is_lost_; }
   // Passes on what is held.
   void Pass();
 
@@ -35,6 +38,7 @@ class HeldOutput : public std::streambuf {
   int sync() override;
 
  private:
+  std::streamsize Hold(const char* text, std::size_t size);
   bool Write();
 
   std::ostream& stream_;
@@ -42,6 +46,7 @@ class HeldOutput : public std::streambuf {
   std::ios::iostate previous_exceptions_;
   std::streambuf* previous_buffer_;
   std::string text_;
+  bool is_lost_ = false;
 };
 
 }  // namespace ORBO

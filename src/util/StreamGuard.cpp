@@ -7,21 +7,34 @@ const StreamGuard* innermost = nullptr;
 
 }  // namespace
 
-StreamGuard::StreamGuard(std::ios& stream, std::ios::openmode mode)
+std::streamsize NullBuffer::xsputn(const char* /*text*/, std::streamsize size) { return size; }
+
+NullBuffer::int_type NullBuffer::overflow(int_type character) {
+  return traits_type::not_eof(character);
+}
+
+NullBuffer::pos_type NullBuffer::seekoff(off_type /*offset*/, std::ios::seekdir /*direction*/,
+                                         std::ios::openmode /*mode*/) {
+  return pos_type(0);
+}
+
+NullBuffer::pos_type NullBuffer::seekpos(pos_type /*position*/, std::ios::openmode /*mode*/) {
+  return pos_type(0);
+}
+
+StreamGuard::StreamGuard(std::ios& stream)
     : outer_(innermost),
       stream_(stream),
       previous_state_(stream.rdstate()),
       previous_exceptions_(stream.exceptions()) {
   // The guard's own changes must not throw.
   stream_.exceptions(std::ios::goodbit);
-  null_.open("/dev/null", (mode & std::ios::out) != 0 ? mode | std::ios::trunc : mode);
   previous_buffer_ = stream_.rdbuf(&null_);
   innermost = this;
 }
 
 StreamGuard::~StreamGuard() {
   innermost = outer_;
-  null_.close();
   // Nor may a stream that a handler made throw on errors do so here.
   stream_.exceptions(std::ios::goodbit);
   stream_.rdbuf(previous_buffer_);

@@ -1,17 +1,27 @@
 #pragma once
 
-#include <fstream>
 #include <ios>
+#include <streambuf>
 
 namespace ORBO {
 
-// Lets a standard stream object read from or write to /dev/null while it lives.
-// Only the object is switched, by its buffer; descriptors stay as they are.
-// Restores the previous buffer, error state and exception mask.
+// What /dev/null is: nothing can be read, everything can be written and is gone, and
+// every position is the start.  It needs no descriptor, so that it cannot fail and
+// costs a request no system call.
+class NullBuffer : public std::streambuf {
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize size) override;
+  int_type overflow(int_type character) override;
+  pos_type seekoff(off_type offset, std::ios::seekdir direction, std::ios::openmode mode) override;
+  pos_type seekpos(pos_type position, std::ios::openmode mode) override;
+};
+
+// Lets a standard stream object read from or write to nothing while it lives.  Only
+// the object is switched, by its buffer; descriptors stay as they are.  Restores the
+// previous buffer, error state and exception mask.
 class StreamGuard {
  public:
-  // `mode` is std::ios::in or std::ios::out.
-  StreamGuard(std::ios& stream, std::ios::openmode mode);
+  explicit StreamGuard(std::ios& stream);
   ~StreamGuard();
 
   StreamGuard(const StreamGuard&) = delete;
@@ -26,7 +36,7 @@ class StreamGuard {
   std::ios& stream_;
   std::ios::iostate previous_state_;
   std::ios::iostate previous_exceptions_;
-  std::filebuf null_;
+  NullBuffer null_;
   std::streambuf* previous_buffer_;
 };
 

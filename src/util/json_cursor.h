@@ -54,22 +54,21 @@ class ContainerCursor {
 // Calls `visit` with the name, quotes included, and the text of the value of each
 // member of the one object that `text` is.  False if it is none, or `visit` says so.
 template <typename Visit>
-bool ForEachMember(std::string_view text, Visit visit) {
-  constexpr Comments kComments = Comments::kRefused;
-  const std::size_t begin = SkipBlanks(text, 0, kComments);
+bool ForEachMember(std::string_view text, Visit visit, Comments comments = Comments::kRefused) {
+  const std::size_t begin = SkipBlanks(text, 0, comments);
   if (begin >= text.size() || text[begin] != '{') {
     return false;
   }
-  ContainerCursor cursor(text, begin, kComments);
+  ContainerCursor cursor(text, begin, comments);
   while (cursor.Next()) {
-    const std::size_t end = SkipValue(text, cursor.value(), kComments);
+    const std::size_t end = SkipValue(text, cursor.value(), comments);
     if (end == kMalformed ||
         !visit(cursor.key(), text.substr(cursor.value(), end - cursor.value()))) {
       return false;
     }
     cursor.Leave(end);
   }
-  return cursor.end() != kMalformed && SkipBlanks(text, cursor.end(), kComments) == text.size();
+  return cursor.end() != kMalformed && SkipBlanks(text, cursor.end(), comments) == text.size();
 }
 
 // Whether the well-formed JSON string `quoted`, its quotes included, spells

@@ -29,3 +29,15 @@ start_server() {
   cat "$work/server"
   return 1
 }
+
+# Runs a command that a signal ends, too, as it would not in the foreground.
+run_beside_server() {
+  local process status
+  "$@" &
+  process=$!
+  trap 'kill "$process"; wait "$process"; exit 1' HUP INT TERM
+  wait "$process"
+  status=$?
+  trap 'exit 1' HUP INT TERM
+  return "$status"
+}

@@ -11,8 +11,6 @@ namespace {
 class Responses : public ServerTest {};
 E2E_UNDER_EVERY_SERVER(Responses);
 
-using Lines = std::vector<std::string>;
-
 TEST_P(Responses, CarryEachPrescribedHeaderOnceAndNothingThatAHandlerPrints) {
   const HttpResponse response = server().Get(Probe("noise"));
   EXPECT_EQ(response.status, 200);
@@ -31,10 +29,12 @@ TEST_P(Responses, CarryEachPrescribedHeaderOnceAndNothingThatAHandlerPrints) {
 TEST_P(Responses, CarryCookiesRedirectsAndStatus) {
   EXPECT_EQ(server().Get(Probe("cookies", "value=a+b;&path=/p")).Headers("Set-Cookie"),
             (Lines{"one=a%20b%3B; path=/", "two=2; path=/p"}));
-  const HttpResponse redirect = server().Get(Probe("redirect", "path=x?y=1"));
-  EXPECT_EQ(redirect.status, 302);
-  EXPECT_EQ(redirect.Headers("Location"), Lines{"http://" + server().Host() + "/x?y=1"});
-  EXPECT_EQ(redirect.body, Success("true"));
+  for (const char* path : {"path=x?y=1", "path=/x?y=1"}) {
+    const HttpResponse redirect = server().Get(Probe("redirect", path));
+    EXPECT_EQ(redirect.status, 302);
+    EXPECT_EQ(redirect.Headers("Location"), Lines{"http://" + server().Host() + "/x?y=1"});
+    EXPECT_EQ(redirect.body, Success("true"));
+  }
   EXPECT_EQ(server().Get(Probe("redirect")).body, Failure(117)) << "an empty path";
   EXPECT_EQ(server().Get(Probe("header", "name=Status&value=%22418%22")).status, 418);
   EXPECT_EQ(server().Get(Probe("header", "name=X-Mine&value=v:+w")).Headers("X-Mine"),

@@ -2,16 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "support/WebServer.h"
 #include "support/wait.h"
 
 namespace e2e {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
 
 // Tests that run under every web server; one server of each kind serves all of
 // them.
@@ -39,6 +47,22 @@ class ServerTest : public ::testing::TestWithParam<ServerKind> {
     return Shell("WEBAPI_ROOT=" + Path("") + " " E2E_COMMAND " " + arguments);
   }
 
+  // Writes the platform's settings, and gives the root directory to the server's user.
+  static void Configure(const std::string& lines) {
+    fs::create_directories(Path("/etc/orbo"));
+    std::ofstream(Path("/etc/orbo/platform.conf"))
+        << (geteuid() == 0 ? "service_user=www-data\n" : "") << lines;
+    server().root().HandOver();
+  }
+  // Asks for a file, with whole header lines, in the version of the protocol from which
+  // on all servers know ranges.
+  static HttpResponse Fetch(const std::string& query, const std::string& headers = "",
+                            const std::string& method = "GET", const Watch& watch = nullptr) {
+    return server().SendRaw(method + " /webapi/entry.cgi?" + query +
+                                " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n" + headers + "\r\n",
+                            AfterRequest::kListen, watch);
+  }
+
   // What a sanitizer finds at the end of a program comes after the answer.
   static void TearDownTestSuite() {
     for (const auto& [kind, server] : servers_) {
@@ -53,13 +77,16 @@ class ServerTest : public ::testing::TestWithParam<ServerKind> {
 
 // The server in the names of tests and in their reports.
 inline void PrintTo(ServerKind kind, std::ostream* out) {
-  *out << (kind == ServerKind::kLighttpd ? "lighttpd" : "apache");
+  *out << (kind == ServerKind::kLighttpd ? "lighttpd"
+           : kind == ServerKind::kApache ? "apache"
+                                         : "nginx");
 }
 
-#define E2E_UNDER_EVERY_SERVER(suite)                                                     \
-  INSTANTIATE_TEST_SUITE_P(Web, suite,                                                    \
-                           ::testing::Values(ServerKind::kLighttpd, ServerKind::kApache), \
-                           ::testing::PrintToStringParamName())
+#define E2E_UNDER_EVERY_SERVER(suite)                                                    \
+  INSTANTIATE_TEST_SUITE_P(                                                              \
+      Web, suite,                                                                        \
+      ::testing::Values(ServerKind::kLighttpd, ServerKind::kApache, ServerKind::kNginx), \
+      ::testing::PrintToStringParamName())
 
 // The query of a method of the probe API.
 inline std::string Probe(const std::string& method, const std::string& parameters = "") {

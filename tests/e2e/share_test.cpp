@@ -5,11 +5,8 @@
 #include <json/value.h>
 #include <stdlib.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "server_test.h"
@@ -18,14 +15,9 @@ namespace e2e {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-using Names = std::vector<std::string>;
-
 class Share : public ServerTest {
  protected:
   void SetUp() override {
-    fs::create_directories(Path("/etc/orbo"));
     Configure("");
     cookie_ = "Cookie: id=" + Run("session open ben");
   }
@@ -34,21 +26,19 @@ class Share : public ServerTest {
     fs::remove(Path("/etc/orbo/platform.conf"));
   }
 
-  static void Configure(const std::string& lines) {
-    std::ofstream(Path("/etc/orbo/platform.conf"))
-        << (geteuid() == 0 ? "service_user=www-data\n" : "") << lines;
-  }
-
   static std::string Kept(const std::string& name) { return Path("/var/lib/orbo/share/" + name); }
+  static std::string Query(const std::string& method, const std::string& name) {
+    return "api=ORBO.Example.Share&version=1&method=" + method +
+           "&name=" + Escape('"' + name + '"');
+  }
   HttpResponse Call(const std::string& http_method, const std::string& method,
                     const std::string& name, const std::string& header = "X: y",
                     const std::string& body = "x=y") const {
-    const std::string query =
-        "api=ORBO.Example.Share&version=1&method=" + method + "&name=" + Escape('"' + name + '"');
-    return server().Send(http_method, "/webapi/entry.cgi?" + query, {cookie_, header}, body);
+    return server().Send(http_method, "/webapi/entry.cgi?" + Query(method, name), {cookie_, header},
+                         body);
   }
   // Uploads a file of each name, with that name as its content, in one form.
-  Names Upload(const Names& names) const {
+  Lines Upload(const Lines& names) const {
     std::string body;
     for (const std::string& name : names) {
       body += "--b\r\nContent-Disposition: form-data; name=f; filename=\"" + name + "\"\r\n\r\n" +
@@ -57,11 +47,11 @@ class Share : public ServerTest {
     return NamesIn(Call("POST", "upload", "", "Content-Type: multipart/form-data; boundary=b",
                         body + "--b--\r\n"));
   }
-  static Names NamesIn(const HttpResponse& response) {
+  static Lines NamesIn(const HttpResponse& response) {
     Json::Value answer;
     std::istringstream(response.body) >> answer;
     EXPECT_TRUE(answer["success"].asBool()) << response.body;
-    Names names;
+    Lines names;
     for (const Json::Value& file : answer["data"]["files"]) {
       names.push_back(file["name"].asString());
       EXPECT_EQ(file["size"].asUInt64(), fs::file_size(Kept(names.back())));
@@ -88,14 +78,14 @@ TEST_P(Share, KeepsFilesUnderSafeNames) {
       {umlauts + ".txt", umlauts.substr(0, 246) + " (2).txt"},
       {"100%<b>", "100%<b>"},
   };
-  Names all;
+  Lines all;
   for (const auto& [sent, kept] : rows) {
-    EXPECT_EQ(Upload({sent}), Names{kept});
+    EXPECT_EQ(Upload({sent}), Lines{kept});
     EXPECT_EQ(ReadFile(Kept(kept)), sent);
     EXPECT_EQ(Call("GET", "download", kept).body, sent);
     all.push_back(kept);
   }
-  EXPECT_EQ(Upload({"n.txt", "n.txt", "n"}), (Names{"n.txt", "n (2).txt", "n"}));
+  EXPECT_EQ(Upload({"n.txt", "n.txt", "n"}), (Lines{"n.txt", "n (2).txt", "n"}));
   all.insert(all.end(), {"n.txt", "n (2).txt", "n"});
   std::sort(all.begin(), all.end());
   EXPECT_EQ(NamesIn(Call("GET", "list", "")), all);
@@ -104,19 +94,16 @@ TEST_P(Share, KeepsFilesUnderSafeNames) {
 
 TEST_P(Share, GivesPartsAndRemoves) {
   Upload({"digits 0123456789.txt"});
-  // Some servers know ranges only from the later version of the protocol on.
-  const HttpResponse part = server().SendRaw(
-      "GET /webapi/entry.cgi?api=ORBO.Example.Share&version=1&method=download&name=digits+" +
-      Escape("0123456789.txt") + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n" + cookie_ +
-      "\r\nRange: bytes=9-\r\n\r\n");
+  const HttpResponse part =
+      Fetch(Query("download", "digits 0123456789.txt"), cookie_ + "\r\nRange: bytes=9-\r\n");
   EXPECT_EQ(part.status, 206);
   EXPECT_EQ(part.body, "23456789.txt");
   EXPECT_EQ(part.Headers("Content-Disposition"),
-            Names{"attachment; filename=\"digits 0123456789.txt\""});
+            Lines{"attachment; filename=\"digits 0123456789.txt\""});
   EXPECT_EQ(Call("GET", "remove", "digits 0123456789.txt").status, 405);
   EXPECT_EQ(Call("POST", "remove", "digits 0123456789.txt").body, "{\"success\":true}\n");
   EXPECT_EQ(Call("POST", "remove", "digits 0123456789.txt").body, Failure(1002));
-  EXPECT_EQ(NamesIn(Call("GET", "list", "")), Names{});
+  EXPECT_EQ(NamesIn(Call("GET", "list", "")), Lines{});
 }
 
 TEST_P(Share, CopiesFromAnotherFileSystem) {
@@ -125,7 +112,7 @@ TEST_P(Share, CopiesFromAnotherFileSystem) {
   fs::permissions(volume, fs::perms::all);
   fs::create_directory_symlink(volume, Path("/volume"));
   Configure("volumes=/volume\n");
-  EXPECT_EQ(Upload({"a", "a"}), (Names{"a", "a (2)"}));
+  EXPECT_EQ(Upload({"a", "a"}), (Lines{"a", "a (2)"}));
   EXPECT_EQ(ReadFile(Kept("a (2)")), "a");
   EXPECT_TRUE(fs::exists(volume + "/@tmp"));
   fs::remove(Path("/volume"));
@@ -145,7 +132,7 @@ TEST_P(Share, HandsOutNothingElse) {
     std::ofstream(Kept(name)) << "x";
   }
   server().root().HandOver();
-  EXPECT_EQ(NamesIn(Call("GET", "list", "")), Names{});
+  EXPECT_EQ(NamesIn(Call("GET", "list", "")), Lines{});
   for (const char* name : {"link", "directory", "pipe", ".hidden",
                            "directory/../../../../../outside", ".", "x", "link\\u0000"}) {
     SCOPED_TRACE(name);
@@ -153,7 +140,7 @@ TEST_P(Share, HandsOutNothingElse) {
     EXPECT_EQ(Call("POST", "remove", name).body, Failure(1002));
   }
   EXPECT_TRUE(fs::is_symlink(Kept("link")) && fs::exists(Kept(".hidden")) && fs::exists(outside));
-  EXPECT_EQ(Upload({"link"}), Names{"link (2)"});
+  EXPECT_EQ(Upload({"link"}), Lines{"link (2)"});
   EXPECT_EQ(ReadFile(outside), "secret");
 
   fs::remove_all(Kept(""));
@@ -165,11 +152,13 @@ TEST_P(Share, HandsOutNothingElse) {
   }
 }
 
-TEST_P(Share, HasAPageAndNothingBesideIt) {
+TEST_P(Share, HasAPageAndTheClientAndNothingBesideThem) {
   const HttpResponse page = server().Send("GET", "/webapi/share.html");
   EXPECT_EQ(page.status, 200);
-  EXPECT_EQ(page.Headers("Content-Type"), Names{"text/html; charset=utf-8"});
-  EXPECT_EQ(page.Headers("X-Frame-Options"), Names{"DENY"});
+  EXPECT_EQ(page.Headers("Content-Type"), Lines{"text/html; charset=utf-8"});
+  EXPECT_EQ(page.Headers("X-Frame-Options"), Lines{"DENY"});
+  EXPECT_EQ(server().Send("GET", "/webapi/webapi.mjs").Headers("Content-Type"),
+            Lines{"text/javascript; charset=utf-8"});
   for (const char* path : {"share.html/x", "share.htm", "xshare.html", "x/share.html", "lib.def"}) {
     EXPECT_EQ(server().Send("GET", std::string("/webapi/") + path).status, 403) << path;
   }

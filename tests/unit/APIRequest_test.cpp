@@ -37,9 +37,12 @@ namespace {
 
 TEST(APIBase, MergesAndClearsKnownSectionsOnly) {
   APIRequestPrivate store(nullptr);
-  EXPECT_FALSE(store.SetData("param", FromText("[1]"), false));
-  EXPECT_FALSE(store.SetData("environ", "a", Json::Value(1), true));
-  EXPECT_FALSE(store.SetData("nowhere", "a", Json::Value("x"), false));
+  for (const char* refused : {"[1]", "\"x\"", "{}"}) {
+    EXPECT_FALSE(store.SetData("param", FromText(refused), false)) << refused;
+  }
+  EXPECT_FALSE(store.SetData("environ", "a", Json::Value(1), true) ||
+               store.SetData("param", "", Json::Value(1), false) ||
+               store.SetData("nowhere", "a", Json::Value("x"), false));
   EXPECT_FALSE(store.HasData("nowhere", "a") || store.ClearData("", "a"));
   EXPECT_EQ(FromText("{}"), store.GetData("param", "", Json::Value("default")));
   EXPECT_TRUE(store.SetData("param", FromText(R"({"a":1,"b":"2"})"), false));
@@ -53,15 +56,13 @@ TEST(APIBase, MergesAndClearsKnownSectionsOnly) {
 
 TEST(APIRequest, IsBuiltFromItsDescription) {
   APIRequest request(FromText(R"({
-    "environ": {"A": "1", "B": 2, "REQUEST_METHOD": "POST", "HTTP_COOKIE": "id=abc%20d; lang=en"},
+    "environ": {"A": "1", "B": 2, "HTTP_COOKIE": "id=abc%20d; flag; lang=e+n=1"},
     "getParam": {"a": "1", "api": "X", "version": "3", "__cIpHeRtExT": "sealed:b=4"},
     "postParam": {"a": "2", "method": "m", "__nEkOtReHpIc": "k", "__tXeTrEhPiC": "k:c=5"},
     "reqLib": {"lib": "x.so"}})"));
-  EXPECT_TRUE(request.HasEnv("A"));
-  EXPECT_FALSE(request.HasEnv("B"));
-  EXPECT_EQ(APIRequest::METHOD_POST, request.GetRequestMethod());
-  EXPECT_EQ("abc d", request.GetSessionID());
-  EXPECT_EQ("en", request.GetCookie("lang", ""));
+  EXPECT_TRUE(request.HasEnv("A") && !request.HasEnv("B"));
+  EXPECT_EQ("abc d,e+n=1,none", request.GetSessionID() + "," + request.GetCookie("lang", "") + "," +
+                                    request.GetCookie("flag", "none"));
   EXPECT_EQ(FromText(R"({"a":"2","b":4,"c":5,"api":"X","version":"3","method":"m"})"),
             request.GetParam("", Json::Value()));
   EXPECT_EQ("X 3 m", request.GetAPIClass() + " " + std::to_string(request.GetAPIVersion()) + " " +
@@ -79,6 +80,7 @@ TEST(APIRequest, IsBuiltFromItsDescription) {
 TEST(APIRequest, SessionFactsOfAnotherTypeAreClosed) {
   APIRequest request{Json::Value()};
   EXPECT_TRUE(request.HasAppPriv(""));
+  EXPECT_EQ("/tmp /tmp", request.GetPreferenceDir() + " " + request.GetGroupPreferenceDir(""));
   request.InitSession(FromText(R"({"uid":7,"isAuthorized":true,"appPriv":"P"})"));
   EXPECT_EQ(7U, request.GetLoginUID());
   request.InitSession(FromText(R"({"username":"alice","appPriv":["P"]})"));
@@ -89,36 +91,36 @@ TEST(APIRequest, SessionFactsOfAnotherTypeAreClosed) {
   }
 }
 
-TEST(APIRequest, BackgroundTasksNeedBothNames) {
-  APIRequest request{Json::Value()};
-  request.InitEnv(FromText(R"({"task_id":"1"})"));
-  EXPECT_FALSE(request.IsPollingTask());
-  request.InitEnv(FromText(R"({"task_user":"alice","full_task_id":"alice/1"})"));
-  EXPECT_TRUE(request.IsPollingTask());
-}
-
 TEST(APIRequest, AllowedUserMaskIsKeptInTheSession) {
   APIRequest request{Json::Value()};
   request.InitAPIInfo(FromText(R"({"allowUser":["admin.local","normal.ldap","guest",7]})"));
   EXPECT_EQ(0x21, request.GetAllowUser());
-  request.InitAPIInfo(FromText(R"({"allowUser":["admin.domain"]})"));
+  request.InitAPIInfo(FromText(R"({"lib":"x"})"));
   EXPECT_EQ(0x21, request.GetAllowUser());
+  EXPECT_EQ(Json::Value("gone"), request.GetAPIInfo("allowUser", "gone"));
   request.InitSession(FromText(R"({"allowUser":8})"));
   EXPECT_EQ(8, request.GetAllowUser());
 }
 
-TEST(APIRequest, RecognisesUploads) {
-  const std::pair<const char*, bool> rows[] = {
-      {R"({"CONTENT_TYPE":"multipart/form-data; boundary=x"})", true},
-      {R"({"CONTENT_TYPE":"Multipart/Form-Data"})", false},
-      {R"({"CONTENT_TYPE":"Multipart/Form-Data","HTTP_X_TYPE_NAME":"sliceupload"})", true},
-      {R"({"HTTP_X_TYPE_NAME":"SliceUpload"})", true},
-      {R"({"HTTP_X_TYPE_NAME":"other"})", false},
+TEST(APIRequest, TellsItsKindByItsEnvironment) {
+  const struct {
+    const char* environment;
+    int method;
+    bool upload, task;
+  } rows[] = {
+      {R"({"REQUEST_METHOD":"GET","CONTENT_TYPE":"x; multipart/form-data;"})", 1, true, false},
+      {R"({"REQUEST_METHOD":"HEAD","CONTENT_TYPE":"Multipart/Form-Data"})", 3, false, false},
+      {R"({"HTTP_X_TYPE_NAME":"SliceUpload","task_id":"1"})", 2, true, false},
+      {R"({"HTTP_X_TYPE_NAME":"other","task_user":"alice"})", 2, false, false},
+      {R"({"REQUEST_METHOD":"get","task_user":"alice","task_id":"1"})", 2, false, true},
   };
-  for (const auto& [environment, upload] : rows) {
-    APIRequest request{Json::Value()};
-    request.InitEnv(FromText(environment));
-    EXPECT_EQ(upload, request.IsUploadRequest()) << environment;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.environment);
+    APIRequest request(FromText(R"({"environ":{"REQUEST_METHOD":"POST"}})"));
+    request.InitEnv(FromText(row.environment));
+    EXPECT_EQ(row.method, request.GetRequestMethod());
+    EXPECT_EQ(row.upload, request.IsUploadRequest());
+    EXPECT_EQ(row.task, request.IsPollingTask());
   }
 }
 
@@ -129,13 +131,14 @@ TEST(APIRequest, DerivesTheURL) {
     const char* host;
     int port;
   } rows[] = {
-      {R"({"HTTPS":"on","SCRIPT_URI":"http://h/","HTTP_HOST":"h"})", "https", "h", 443},
+      {R"({"HTTPS":"on","SCRIPT_URI":"http://h/","HTTP_HOST":"[::1]"})", "https", "[::1]", 443},
       {R"({"HTTPS":"off","HTTP_X_FORWARDED_PROTO":"HTTPS","HTTP_HOST":"h"})", "https", "h", 443},
-      {R"({"SCRIPT_URI":"http://h/","HTTP_HOST":"example:8080"})", "http", "example", 8080},
-      {R"({"SCRIPT_URI":"http","HTTP_HOST":"a:b:7"})", "http", "a:b", 7},
-      {R"({"SCRIPT_URI":"http:","HTTP_HOST":"[fe80::1]:5001"})", "http", "[fe80::1]", 5001},
+      {R"({"SCRIPT_URI":"http://h/","HTTP_HOST":"a:b:7"})", "http", "a:b", 7},
+      {R"({"SCRIPT_URI":"http","HTTP_HOST":"h"})", "http", "h", 80},
+      {R"({"SCRIPT_URI":"http:","HTTP_HOST":"[[a]]b:5001"})", "http", "[[a]]", 5001},
+      {R"({"SCRIPT_URI":"ftp://h/","HTTP_HOST":"h"})", "ftp", "h", 0},
       {R"({"HTTPS":"ON","HTTP_HOST":"[fe80::1"})", "https", "none", -1},
-      {R"({})", "", "none", -1},
+      {R"({"SCRIPT_NAME":"/webapi/entry.cgi"})", "", "none", -1},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.environment);
@@ -145,6 +148,7 @@ TEST(APIRequest, DerivesTheURL) {
     EXPECT_EQ(row.port, request.GetURLPort(-1));
     EXPECT_EQ(row.protocol, request.GetURLProto("none"));
     EXPECT_EQ(row.host, request.GetURLHost("none"));
+    EXPECT_EQ("/x/ y", request.GetURLPath("/x/") + " " + request.GetURLName("y"));
   }
 }
 

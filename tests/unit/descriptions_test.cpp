@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "runner/DescriptionCache.h"
 #include "runner/description_candidates.h"
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
@@ -76,7 +77,7 @@ class Descriptions : public testing::Test {
        "ORBO.A.Twice": {"lib":"new.so","minVersion":1,"maxVersion":1,"methods":{}},
        "ORBO.A.\u0045sc": {"lib":"esc.so","minVersion":1,"maxVersion":1,
                            "\u006dethods":{"\u0031":["g\u0065t"]}},
-       "ORBO.A.High": {"lib":"a.so","minVersion":2,"maxVersion":2,
+       "ORBO.A.High": {"lib":"a.so","minVersion":2,"maxVersion":4294967297,
                        "methods":{"1":["get"],"2":["get"]}},
        "ORBO.A.B.C": {"lib":"never.so","minVersion":1,"maxVersion":1,"methods":{}}})");
     directory_.Write("ORBO.A.B.lib", R"({})");
@@ -167,6 +168,10 @@ TEST_F(Descriptions, MethodAttributesFollowTheListing) {
   directory_.Write("ORBO.Far.lib", R"({"ORBO.Far":{"lib":"f","minVersion":1,"maxVersion":1,
       "methods":{"1":[{"m":{"x":1e999}}]}}})");
   EXPECT_EQ(FromText("{}"), runner.GetMethod("ORBO.Far", 1, "m"));
+  DescriptionDefaults defaults;
+  Json::Value value(1);
+  EXPECT_TRUE(DescriptionCache(defaults).FindMethodAttribute("ORBO.Far", 1, "m", "x", value));
+  EXPECT_EQ(Json::Value(), value);
   ASSERT_TRUE(std::filesystem::remove("ORBO.A.lib"));
   EXPECT_EQ(7, runner.GetMethod("ORBO.A", 1, "set")["level"].asInt()) << "from memory";
 }

@@ -11,9 +11,9 @@
 
 #include "platform/cgi.h"
 #include "platform/linux/address.h"
+#include "platform/linux/base64url.h"
 #include "platform/linux/cross_site.h"
 #include "platform/linux/fact_cache.h"
-#include "platform/linux/random.h"
 #include "platform/linux/session_store.h"
 #include "platform/users.h"
 #include "unit/LogCapture.h"

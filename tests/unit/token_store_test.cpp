@@ -13,8 +13,8 @@
 #include <sstream>
 
 #include "platform/access_token.h"
+#include "platform/linux/base64url.h"
 #include "platform/linux/crypto.h"
-#include "platform/linux/random.h"
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
 

@@ -10,9 +10,11 @@ namespace {
 
 using ORBO::tool::Command;
 
-constexpr const Command* kCommands[] = {
-    &ORBO::tool::kCall,   &ORBO::tool::kList, &ORBO::tool::kSession, &ORBO::tool::kToken,
-    &ORBO::tool::kPasswd, &ORBO::tool::kTask, &ORBO::tool::kRelay,   nullptr};
+constexpr const Command* kCommands[] = {&ORBO::tool::kCall,    &ORBO::tool::kList,
+                                        &ORBO::tool::kSession, &ORBO::tool::kToken,
+                                        &ORBO::tool::kPasswd,  &ORBO::tool::kKey,
+                                        &ORBO::tool::kEncrypt, &ORBO::tool::kTask,
+                                        &ORBO::tool::kRelay,   nullptr};
 
 constexpr ORBO::tool::Option kOptions[] = {
     {"version", nullptr, "print the version"},
@@ -33,7 +35,7 @@ constexpr char kDetails[] =
 
 constexpr Command kRoot = {
     "webapi",
-    "Calls web APIs, and manages their sessions, tokens, passwords, tasks and relay targets",
+    "Calls web APIs, and manages their sessions, tokens, passwords, keys, tasks and relays",
     "COMMAND",
     1,
     ORBO::tool::kAnyNumber,

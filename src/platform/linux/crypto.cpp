@@ -1,28 +1,33 @@
 #include "platform/linux/crypto.h"
 
+#include <utility>
+
 #include "platform/linux/module_path.h"
-#include "platform/linux/modules/crypto/crypto_module.h"
 
 namespace ORBO {
 namespace {
 
-constexpr char kModule[] = "webapi-KEP5-crypto.so";
-constexpr std::size_t kDigestSize = 32;
+constexpr char kFile[] = "webapi-KEP5-crypto.so";
 
-const unsigned char* Bytes(const std::string& text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
+const CryptoModule* Open() {
+  void* const entry = ModuleSymbol(kFile, kCryptoModuleEntry);
+  return entry != nullptr ? reinterpret_cast<CryptoModuleEntry>(entry)() : nullptr;
 }
 
 }  // namespace
 
+const CryptoModule* OpenCryptoModule() {
+  static const CryptoModule* const kModule = Open();
+  return kModule;
+}
+
 bool HmacSHA256(const std::string& key, const std::string& data, std::string& out) {
-  using Hmac = decltype(&WebapiHmacSHA256);
-  static const Hmac kHmac = reinterpret_cast<Hmac>(ModuleSymbol(kModule, "WebapiHmacSHA256"));
-  unsigned char digest[kDigestSize];
-  if (kHmac == nullptr || kHmac(Bytes(key), key.size(), Bytes(data), data.size(), digest) != 1) {
+  const CryptoModule* const crypto = OpenCryptoModule();
+  std::string digest;
+  if (crypto == nullptr || !crypto->hmac_sha256(key, data, digest)) {
     return false;
   }
-  out.assign(reinterpret_cast<const char*>(digest), sizeof digest);
+  out = std::move(digest);
   return true;
 }
 

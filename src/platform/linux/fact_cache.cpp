@@ -6,8 +6,8 @@
 #include <ctime>
 
 #include "platform/cgi.h"
+#include "platform/linux/base64url.h"
 #include "platform/linux/private_file.h"
-#include "platform/linux/random.h"
 
 namespace ORBO {
 namespace {

@@ -1,7 +1,7 @@
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/param_piece.h"
 #include "platform/webapi_util.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
@@ -15,14 +15,6 @@ constexpr std::size_t kMaxPairs = 4096;
 // A value of one byte of text takes about 100 bytes of memory, so that a body of
 // the largest size could take more than a gigabyte.
 constexpr std::size_t kMaxValues = std::size_t{1} << 18;
-
-// Takes the next piece that is not empty off the line.  False at its end.
-bool TakePiece(std::string_view& line, std::string_view& piece) {
-  line.remove_prefix(std::min(line.find_first_not_of('&'), line.size()));
-  piece = line.substr(0, line.find('&'));
-  line.remove_prefix(piece.size());
-  return !piece.empty();
-}
 
 bool HasTooManyPairs(std::string_view line) {
   std::size_t count = 0;
@@ -89,13 +81,12 @@ bool strPairToJsonObj(const std::string& line, Json::Value& target, bool decode,
   std::string_view rest = line;
   std::string_view piece;
   while (TakePiece(rest, piece)) {
-    const std::size_t equals = std::min(piece.find('='), piece.size());
-    const std::string value = Decode(piece.substr(std::min(equals + 1, piece.size())), decode);
+    const std::string value = Decode(ValueIn(piece), decode);
     values += typed ? CountValues(value) : 1;
     if (values > kMaxValues) {
       return false;
     }
-    JSON::Set(pairs, Decode(piece.substr(0, equals), decode), ToValue(value, typed));
+    JSON::Set(pairs, Decode(NameIn(piece), decode), ToValue(value, typed));
   }
   MergeInto(target, pairs);
   return true;

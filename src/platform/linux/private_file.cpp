@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/base64url.h"
 #include "platform/linux/private_directory.h"
 #include "platform/linux/random.h"
 #include "util/Descriptor.h"

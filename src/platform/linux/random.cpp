@@ -3,7 +3,6 @@
 #include <sys/random.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -13,7 +12,6 @@ namespace ORBO {
 namespace {
 
 constexpr char kSource[] = "random.cpp";
-constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
 
 }  // namespace
 
@@ -30,23 +28,6 @@ std::string RandomBytes(std::size_t count) {
     }
   }
   return bytes;
-}
-
-std::string Base64Url(const std::string& bytes) {
-  std::string text;
-  text.reserve((bytes.size() * 4 + 2) / 3);
-  std::uint32_t bits = 0;
-  unsigned count = 0;
-  for (const char byte : bytes) {
-    bits = (bits << 8) | static_cast<unsigned char>(byte);
-    for (count += 8; count >= 6; count -= 6) {
-      text += kAlphabet[(bits >> (count - 6)) & 63];
-    }
-  }
-  if (count > 0) {
-    text += kAlphabet[(bits << (6 - count)) & 63];
-  }
-  return text;
 }
 
 bool SecretsEqual(const std::string& a, const std::string& b) {

@@ -9,9 +9,6 @@ namespace ORBO {
 // has none: a guessable secret must never be given out.
 std::string RandomBytes(std::size_t count);
 
-// Base64 with the URL alphabet and without padding (RFC 4648, section 5).
-std::string Base64Url(const std::string& bytes);
-
 // Compares secrets in a time that does not tell where they differ.
 bool SecretsEqual(const std::string& a, const std::string& b);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <optional>
+#include <utility>
 
 #include "platform/linux/relay_exchange.h"
 #include "platform/linux/relay_parameters.h"
@@ -18,6 +19,9 @@ namespace {
 
 constexpr char kSource[] = "relay.cpp";
 constexpr char kFormType[] = "Content-Type: application/x-www-form-urlencoded";
+
+// There is no memory, not even for the text of the exception.
+void LogException() { Log(LOG_ERR, "%s:%d relay ended by an exception", kSource, __LINE__); }
 
 // A request in the queue.
 struct Queued {
@@ -86,17 +90,18 @@ class CredRequestMgr::Private {
  public:
   explicit Private(const std::string& user) : user_(user) {}
 
-  // Adds a request to the queue; null, and logged, if it may not be made.
-  Queued* Add(long target, const std::string& api, int version, const std::string& method);
+  // Adds a request to the queue, which `fill` completes.  Its id; negative, and logged,
+  // if it may not be made.
+  template <typename Fill>
+  int Add(long target, RelayCall call, Fill fill) noexcept;
   Queued* Find(int id) {
     return id >= 0 && static_cast<std::size_t>(id) < queue_.size()
                ? &queue_[static_cast<std::size_t>(id)]
                : nullptr;
   }
-  int LastId() const { return static_cast<int>(queue_.size()) - 1; }
   // The upload that was queued in front of this request and is of the same call.
   Queued* UploadBefore(const Queued& request);
-  bool Run();
+  bool Run() noexcept;
   int error() const { return error_; }
   const std::string& no_answer() const { return no_answer_; }
 
@@ -125,20 +130,26 @@ bool CredRequestMgr::Private::LookUp(long id) {
   return problem.empty();
 }
 
-Queued* CredRequestMgr::Private::Add(long target, const std::string& api, int version,
-                                     const std::string& method) {
-  if (looked_up_ != target) {
-    looked_up_ = target;
-    is_usable_ = LookUp(target);
+template <typename Fill>
+int CredRequestMgr::Private::Add(long target, RelayCall call, Fill fill) noexcept {
+  try {
+    if (looked_up_ != target) {
+      looked_up_ = target;
+      is_usable_ = LookUp(target);
+    }
+    if (!is_usable_) {
+      return -1;
+    }
+    Queued& request = queue_.emplace_back();
+    request.target_id = target;
+    request.target = target_;
+    request.call = std::move(call);
+    fill(request);
+    return static_cast<int>(queue_.size()) - 1;
+  } catch (...) {
+    LogException();
+    return -1;
   }
-  if (!is_usable_) {
-    return nullptr;
-  }
-  Queued& request = queue_.emplace_back();
-  request.target_id = target;
-  request.target = target_;
-  request.call = {api, version, method};
-  return &request;
 }
 
 Queued* CredRequestMgr::Private::UploadBefore(const Queued& request) {
@@ -151,14 +162,17 @@ Queued* CredRequestMgr::Private::UploadBefore(const Queued& request) {
              : nullptr;
 }
 
-bool CredRequestMgr::Private::Run() {
-  for (Queued& request : queue_) {
-    error_ = Make(request);
-    if (error_ != 0) {
-      return false;
+bool CredRequestMgr::Private::Run() noexcept {
+  error_ = 0;
+  try {
+    for (Queued& request : queue_) {
+      error_ = error_ != 0 ? error_ : Make(request);
     }
+  } catch (...) {
+    LogException();
+    error_ = kRelayNoMemory;
   }
-  return true;
+  return error_ == 0;
 }
 
 CredRequestMgr::CredRequestMgr(const std::string& user)
@@ -168,33 +182,29 @@ CredRequestMgr::~CredRequestMgr() = default;
 
 int CredRequestMgr::AddWebAPIRequest(long target, const std::string& api, int version,
                                      const std::string& method, const Json::Value& params) {
-  Queued* const request = private_->Add(target, api, version, method);
-  if (request == nullptr) {
-    return -1;
-  }
-  if (JSON::IsObject(params)) {
-    request->params = params;
-  }
-  if (Queued* const upload = private_->UploadBefore(*request)) {
-    upload->params = request->params;
-  }
-  return private_->LastId();
+  return private_->Add(target, {api, version, method}, [this, &params](Queued& request) {
+    if (JSON::IsObject(params)) {
+      request.params = params;
+    }
+    if (Queued* const upload = private_->UploadBefore(request)) {
+      upload->params = request.params;
+    }
+  });
 }
 
 int CredRequestMgr::AddRelayRequest(long target, const std::string& api, int version,
                                     const std::string& method, const Json::Value& headers,
                                     std::FILE* in, std::FILE* out) {
   const std::string content_type = JSON::AsString(JSON::At(headers, "Content-Type"));
-  Queued* const request = in != stdin || BreaksHeaderLine(content_type)
-                              ? nullptr
-                              : private_->Add(target, api, version, method);
-  if (request == nullptr) {
+  if (in != stdin || BreaksHeaderLine(content_type)) {
+    Log(LOG_ERR, "%s:%d relay target %ld: no upload of a request", kSource, __LINE__, target);
     return -1;
   }
-  request->is_upload = true;
-  request->content_type = content_type;
-  request->out = out;
-  return private_->LastId();
+  return private_->Add(target, {api, version, method}, [&](Queued& request) {
+    request.is_upload = true;
+    request.content_type = content_type;
+    request.out = out;
+  });
 }
 
 CredRequest* CredRequestMgr::GetRequest(int id) {

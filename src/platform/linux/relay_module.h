@@ -47,6 +47,7 @@ inline constexpr int kRelayStrangeAnswer = 8;    // CURLE_WEIRD_SERVER_REPLY
 inline constexpr int kRelayHttpStatus = 22;      // CURLE_HTTP_RETURNED_ERROR
 inline constexpr int kRelayUploadRefused = 25;   // CURLE_UPLOAD_FAILED
 inline constexpr int kRelayBodyUnreadable = 26;  // CURLE_READ_ERROR
+inline constexpr int kRelayNoMemory = 27;        // CURLE_OUT_OF_MEMORY
 inline constexpr int kRelayTooLarge = 63;        // CURLE_FILESIZE_EXCEEDED
 
 struct RelayModule {

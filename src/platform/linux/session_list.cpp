@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "platform/cgi.h"
+#include "platform/linux/base64url.h"
 #include "platform/linux/crypto.h"
 #include "platform/linux/fact_cache.h"
 #include "platform/linux/private_file.h"
-#include "platform/linux/random.h"
 #include "platform/linux/session_store.h"
 
 namespace ORBO {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "platform/linux/base64url.h"
 #include "platform/linux/random.h"
 #include "platform/linux/task_path.h"
 #include "platform/linux/task_record.h"

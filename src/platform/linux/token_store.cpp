@@ -9,6 +9,7 @@
 #include <tuple>
 #include <utility>
 
+#include "platform/linux/base64url.h"
 #include "platform/linux/crypto.h"
 #include "platform/linux/key_name.h"
 #include "platform/linux/private_file.h"

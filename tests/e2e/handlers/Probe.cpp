@@ -13,6 +13,7 @@
 #include <webapi/APITable.h>
 #include <webapi/APIUpload.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -215,7 +216,7 @@ long PeakMemory() {
 
 void Upload(APIRequest* request, APIResponse* response) {
   if (TextParam(request, "crash") != "") {
-    std::abort();
+    raise(TextParam(request, "crash") == "killed" ? SIGKILL : SIGABRT);
   }
   Json::Value data = Received(request->GetParam("", Json::Value(Json::objectValue)));
   data["call"] = request->GetAPIClass() + "." + request->GetAPIMethod();
@@ -227,6 +228,10 @@ void Deferred(APIRequest* request, APIResponse* response) {
   ORBO::APIUpload upload(request);
   Json::Value steps(Json::arrayValue);
   Json::Value params(Json::objectValue);
+  if (TextParam(request, "interrupt") != "") {
+    upload.SetUploadCallback([](unsigned long long, unsigned long long) { throw 5; });
+    steps.append(upload.GetUploadAll(params, nullptr));
+  }
   int result = upload.GetUploadFile(params);
   if (TextParam(request, "all") != "") {
     result = upload.GetUploadAll(params, nullptr);

@@ -17,15 +17,42 @@ namespace e2e {
 namespace {
 
 struct Setup {
-  const char* command;  // to run in the foreground
+  const char* command;  // to run in the foreground, up to the configuration's name
   const char* configuration;
-  const char* run_as;  // lines for a server that root starts
+  const char* run_as;             // lines for a server that root starts
+  const char* starter = nullptr;  // of the CGI programs, up to its socket's name
 };
 
-constexpr Setup kLighttpd = {E2E_LIGHTTPD " -D", "lighttpd.conf",
+constexpr Setup kLighttpd = {E2E_LIGHTTPD " -D -f", "lighttpd.conf",
                              "server.username = \"www-data\"\nserver.groupname = \"www-data\"\n"};
-constexpr Setup kApache = {E2E_APACHE " -DFOREGROUND", "apache.conf",
+constexpr Setup kApache = {E2E_APACHE " -DFOREGROUND -f", "apache.conf",
                            "User www-data\nGroup www-data\n"};
+constexpr Setup kNginx = {E2E_NGINX " -g 'daemon off;' -c", "nginx.conf", "user www-data;\n",
+                          E2E_FCGIWRAP " -c 8 -s unix:"};
+
+const Setup& SetupOf(ServerKind kind) {
+  switch (kind) {
+    case ServerKind::kLighttpd:
+      return kLighttpd;
+    case ServerKind::kApache:
+      return kApache;
+    default:
+      return kNginx;
+  }
+}
+
+// Shell commands that start what the server starts programs by, in a process group
+// named $starter.
+std::string StartStarter(const Setup& setup, const std::string& run) {
+  if (setup.starter == nullptr) {
+    return "starter=; ";
+  }
+  const std::string socket = run + "/fcgiwrap.sock";
+  return std::string("rm -f ") + socket + "; setsid " +
+         (geteuid() == 0 ? "setpriv --reuid www-data --regid www-data --init-groups " : "") +
+         setup.starter + socket + " & starter=$!; while ! test -S " + socket +
+         "; do sleep 0.01; done; ";
+}
 
 // Lines for a port of Apache with HTTPS.
 constexpr char kTls[] =
@@ -108,7 +135,7 @@ WebServer::WebServer(ServerKind kind, const std::string& pem) {
 }
 
 bool WebServer::Start(ServerKind kind, const std::string& pem) {
-  const Setup& setup = kind == ServerKind::kLighttpd ? kLighttpd : kApache;
+  const Setup& setup = SetupOf(kind);
   const std::string run = root_.RunDirectory();
   const std::string configuration = run + "/" + setup.configuration;
   port_ = FreePort();
@@ -126,13 +153,14 @@ bool WebServer::Start(ServerKind kind, const std::string& pem) {
   std::ofstream(configuration) << text;
 
   // The guardian outlives this process, and cleans up after one that was killed.
-  const std::string guardian = "trap '' INT; exec > " + run + "/server.out 2>&1; " + setup.command +
-                               " -f " + configuration +
-                               " & server=$!; read -r word || died=yes; kill $server; "
-                               "wait $server; test -z \"$died\" || rm -rf " +
-                               root_.path();
+  const std::string guardian =
+      "trap '' INT; exec > " + run + "/server.out 2>&1; " + StartStarter(setup, run) +
+      setup.command + " " + configuration +
+      " & server=$!; read -r word || died=yes; kill $server; wait $server; "
+      "test -z \"$starter\" || kill -- -$starter; test -z \"$died\" || rm -rf " +
+      root_.path();
   guardian_ = popen(guardian.c_str(), "we");
-  // Both servers write their process id once they listen.
+  // Every server writes its process id once it listens.
   return guardian_ != nullptr &&
          WaitUntil([&run] { return !ReadFile(run + "/server.pid").empty(); },
                    std::chrono::seconds(10)) &&

@@ -28,7 +28,7 @@ using Watch = std::function<bool(std::string& received)>;
 int ListenOnLoopback(std::uint16_t& port);
 
 enum class AfterRequest { kListen, kHangUp };
-enum class ServerKind { kLighttpd, kApache };
+enum class ServerKind { kLighttpd, kApache, kNginx };
 
 // A web server with a root directory and a port of its own, configured by the
 // files that are shipped as examples.  It is stopped, and its directory removed,

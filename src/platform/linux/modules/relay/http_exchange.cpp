@@ -17,6 +17,7 @@ static_assert(kRelayNoClient == CURLE_FAILED_INIT &&
               kRelayStrangeAnswer == CURLE_WEIRD_SERVER_REPLY);
 static_assert(kRelayHttpStatus == CURLE_HTTP_RETURNED_ERROR &&
               kRelayUploadRefused == CURLE_UPLOAD_FAILED);
+static_assert(kRelayNoMemory == CURLE_OUT_OF_MEMORY);
 static_assert(kRelayBodyUnreadable == CURLE_READ_ERROR &&
               kRelayTooLarge == CURLE_FILESIZE_EXCEEDED);
 

@@ -128,10 +128,4 @@ bool WebEntry::InitSessionVariables() {
   return true;
 }
 
-bool WebEntry::ProcessRelay(APIRequest* /*request*/, APIResponse* response) {
-  // No relay target can be reached: never served here in the target's place.
-  response->SetError(kErrorRelay);
-  return false;
-}
-
 }  // namespace ORBO

@@ -39,7 +39,6 @@ TEST_P(Requests, GetTheDefinedAnswer) {
       {Probe("unlisted"), nullptr, Failure(121)},
       {EchoOf("ORBO.Test.Missing"), nullptr, Failure(111)},
       {EchoOf("ORBO.Test.NoTable"), nullptr, Failure(111)},
-      {Probe("echo", "relay_ds=1"), nullptr, Failure(109)},
       {compound, nullptr, Failure(110)},
       {compound,
        R"(compound=[{"api":"ORBO.Test.Probe","version":1,"method":"echo","n":1},)"

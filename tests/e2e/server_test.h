@@ -100,6 +100,15 @@ inline std::string Probe(const std::string& method, const std::string& parameter
          (parameters.empty() ? "" : "&" + parameters);
 }
 
+// A part of a form with the boundary "b".
+inline std::string Part(const std::string& disposition, const std::string& content) {
+  return "--b\r\nContent-Disposition: form-data; " + disposition + "\r\n\r\n" + content + "\r\n";
+}
+inline std::string Field(const std::string& name, const std::string& text) {
+  return Part("name=\"" + name + "\"", text);
+}
+inline constexpr char kFormType[] = "Content-Type: multipart/form-data; boundary=b";
+
 // The two shapes of an answer, as bytes.
 inline std::string Success(const std::string& data) {
   return "{\"data\":" + data + ",\"success\":true}\n";

@@ -10,12 +10,6 @@ namespace e2e {
 
 namespace {
 
-std::string Part(const std::string& disposition, const std::string& content) {
-  return "--b\r\nContent-Disposition: form-data; " + disposition + "\r\n\r\n" + content + "\r\n";
-}
-std::string Field(const std::string& name, const std::string& text) {
-  return Part("name=\"" + name + "\"", text);
-}
 std::string File(const std::string& name, const std::string& file, const std::string& content) {
   return Part("name=" + name + "; filename=\"" + file + "\"", content);
 }
@@ -43,15 +37,13 @@ class Uploads : public ServerTest {
     return std::distance(fs::directory_iterator(Path("/volume/@tmp"), none), {});
   }
   HttpResponse Send(const std::string& query, const std::string& body) const {
-    return server().Send("POST", "/webapi/entry.cgi?" + query,
-                         {"Content-Type: multipart/form-data; boundary=b"}, body);
+    return server().Send("POST", "/webapi/entry.cgi?" + query, {kFormType}, body);
   }
   // Sends the head of a request with a body of `size` bytes.
   int Begin(const std::string& method, std::uint64_t size) const {
-    const std::string head = "POST /webapi/entry.cgi?" + Probe(method) +
-                             " HTTP/1.0\r\nHost: " + server().Host() +
-                             "\r\nContent-Length: " + std::to_string(size) +
-                             "\r\nContent-Type: multipart/form-data; boundary=b\r\n\r\n";
+    const std::string head =
+        "POST /webapi/entry.cgi?" + Probe(method) + " HTTP/1.0\r\nHost: " + server().Host() +
+        "\r\nContent-Length: " + std::to_string(size) + "\r\n" + kFormType + "\r\n\r\n";
     const int connection = server().Connect();
     EXPECT_EQ(send(connection, head.data(), head.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(head.size()));

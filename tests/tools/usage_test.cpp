@@ -83,7 +83,7 @@ TEST_F(Usage, HelpIsThereForEveryCommand) {
   for (const char* command :
        {"", " call", " list", " check", " explain", " session", " session open", " session list",
         " session show", " session close", " token", " token create", " token list",
-        " token revoke", " passwd", " new"}) {
+        " token revoke", " passwd", " new", " relay", " relay list", " relay test"}) {
     SCOPED_TRACE(command);
     const std::string help = Output(command + std::string(" --help"));
     EXPECT_THAT(help, StartsWith(std::string("usage: webapi") + command));

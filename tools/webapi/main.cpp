@@ -10,10 +10,19 @@ namespace {
 
 using ORBO::tool::Command;
 
-constexpr const Command* kCommands[] = {
-    &ORBO::tool::kCall,    &ORBO::tool::kList,  &ORBO::tool::kCheck,  &ORBO::tool::kExplain,
-    &ORBO::tool::kSession, &ORBO::tool::kToken, &ORBO::tool::kPasswd, &ORBO::tool::kKey,
-    &ORBO::tool::kEncrypt, &ORBO::tool::kTask,  &ORBO::tool::kNew,    nullptr};
+constexpr const Command* kCommands[] = {&ORBO::tool::kCall,
+                                        &ORBO::tool::kList,
+                                        &ORBO::tool::kCheck,
+                                        &ORBO::tool::kExplain,
+                                        &ORBO::tool::kSession,
+                                        &ORBO::tool::kToken,
+                                        &ORBO::tool::kPasswd,
+                                        &ORBO::tool::kKey,
+                                        &ORBO::tool::kEncrypt,
+                                        &ORBO::tool::kTask,
+                                        &ORBO::tool::kNew,
+                                        &ORBO::tool::kRelay,
+                                        nullptr};
 
 constexpr ORBO::tool::Option kOptions[] = {
     {"version", nullptr, "print the version"},
@@ -34,8 +43,8 @@ constexpr char kDetails[] =
 
 constexpr Command kRoot = {
     "webapi",
-    "Calls, checks, explains and begins web APIs, and manages sessions, tokens, passwords, keys "
-    "and tasks",
+    "Calls, checks, explains and begins web APIs, and manages sessions, tokens, passwords, keys, "
+    "tasks and relays",
     "COMMAND",
     1,
     ORBO::tool::kAnyNumber,

@@ -3,8 +3,7 @@
 #include <string_view>
 
 #include "platform/linux/address.h"
-#include "platform/linux/fact_cache.h"
-#include "platform/linux/name_service.h"
+#include "platform/linux/group_member.h"
 #include "platform/linux/platform_conf.h"
 #include "platform/users.h"
 #include "util/log.h"
@@ -44,14 +43,6 @@ std::string TakeWord(std::string_view& line) {
   return std::string(word);
 }
 
-bool IsMember(const std::string& user, const std::string& group) {
-  return ORBO::CachedFact("member\n" + group + "\n" + user, [&] {
-    ORBO::Account account;
-    return ORBO::FindAccount(user.c_str(), account) &&
-           ORBO::IsInGroup(user.c_str(), account, group.c_str());
-  });
-}
-
 // Whether the rest of a line names the client's address, or none at all.
 bool IsFrom(std::string_view ranges, const char* text, const char* privilege) {
   ORBO::Address address;
@@ -74,7 +65,7 @@ bool Grants(std::string_view line, const Client& client, const char* privilege) 
     ORBO::Log(LOG_ERR, "%s:%d %s: a line is of no known kind", kSource, __LINE__, privilege);
     return false;
   }
-  return (kind == "user" ? name == client.user : IsMember(client.user, name)) &&
+  return (kind == "user" ? name == client.user : ORBO::IsGroupMember(client.user, name)) &&
          IsFrom(line, client.address, privilege);
 }
 

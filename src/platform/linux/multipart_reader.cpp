@@ -146,11 +146,13 @@ bool MultipartReader::NextPart() {
     Take(piece.size());
   } while (!piece.empty());
   part_.reset();
+  part_text_.clear();
   boundary_position_ = body_.position();
   const Found found = Search();
   if (found.mark == Mark::kLast) {
     return false;
   }
+  part_text_ = body_.ahead().substr(0, found.size);
   body_.Skip(found.size);
   return ReadHeader();
 }
@@ -173,6 +175,7 @@ bool MultipartReader::ReadHeader() {
     return false;
   }
   part_ = std::move(header);
+  part_text_ += text.substr(0, end + kHeaderEnd.size());
   body_.Skip(end + kHeaderEnd.size());
   // The boundary may follow an empty part's header without a line in between.
   at_line_start_ = true;

@@ -36,6 +36,9 @@ class MultipartReader {
 
   // Where the boundary in front of the part, or the final one, begins.
   std::uint64_t boundary_position() const { return boundary_position_; }
+  // What has been read from there on and is not ahead any more, while no content was
+  // taken: the boundary and the header of the part.
+  const std::string& part_text() const { return part_text_; }
   UploadBody& body() { return body_; }
 
   void Fail(int error);
@@ -58,6 +61,7 @@ class MultipartReader {
   UploadBody body_;
   std::string boundary_;  // with the line end and the dashes in front
   std::optional<PartHeader> part_;
+  std::string part_text_;
   bool at_line_start_ = true;
   std::uint64_t boundary_position_ = 0;
   int error_ = 0;

@@ -10,11 +10,9 @@
 #include <cstdio>
 #include <string_view>
 
-#include "platform/linux/name_service.h"
-#include "platform/linux/platform_conf.h"
+#include "platform/linux/secret_file.h"
 #include "util/Descriptor.h"
 #include "util/paths.h"
-#include "util/read_file.h"
 #include "util/write_file.h"
 
 namespace ORBO {
@@ -24,7 +22,6 @@ constexpr char kDirectory[] = "/etc/orbo";
 constexpr char kName[] = "passwords";
 constexpr char kNewName[] = "passwords.new";
 constexpr char kLockName[] = "passwords.lock";
-constexpr char kSessionDirectory[] = "/run/orbo/sessions";
 constexpr mode_t kPrivate = 0600;
 constexpr mode_t kGroupReads = 0640;
 constexpr mode_t kPassable = 0755;
@@ -57,48 +54,8 @@ int OpenDirectory() {
   return open(RootedPath(kDirectory).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-// The account of the user whom the CGI programs run as: named in the configuration,
-// else the owner of the session directory.
-bool FindServiceAccount(Account& account) {
-  if (FindAccount(PlatformSetting("service_user").c_str(), account)) {
-    return true;
-  }
-  struct stat status;
-  if (stat(RootedPath(kSessionDirectory).c_str(), &status) != 0) {
-    return false;
-  }
-  account.user = status.st_uid;
-  account.group = status.st_gid;
-  return true;
-}
-
-bool IsTrustedOwner(uid_t owner) {
-  Account service;
-  return owner == 0 || owner == geteuid() ||
-         (geteuid() == 0 && FindServiceAccount(service) && owner == service.user);
-}
-
-bool IsTrusted(const struct stat& status) {
-  return S_ISREG(status.st_mode) && IsTrustedOwner(status.st_uid) &&
-         (status.st_mode & (S_IWGRP | S_IXGRP | S_IRWXO)) == 0;
-}
-
-// Reads the file of `directory`; its owner and rights are in `status`.
 bool ReadPasswords(int directory, std::string& text, struct stat& status) {
-  const Descriptor file(
-      openat(directory, kName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (!file.IsOpen() || fstat(file.get(), &status) != 0) {
-    return false;
-  }
-  if (!IsTrusted(status)) {
-    errno = EPERM;
-    return false;
-  }
-  if (status.st_size > static_cast<off_t>(kLargestFile)) {
-    errno = EFBIG;
-    return false;
-  }
-  return ReadUpTo(file.get(), kLargestFile, text);
+  return ReadSecretFile(directory, kName, kLargestFile, text, status);
 }
 
 // The owner and the rights of a file that does not exist yet.

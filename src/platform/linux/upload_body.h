@@ -21,6 +21,9 @@ class UploadBody {
 
   // Reads on until kEnough bytes are ahead, or the body ends.
   void Fill();
+  // Reads what has come, and waits for the first of it.  False at the end of the body
+  // and on failure.
+  bool ReadMore();
   // Makes room for `size` bytes ahead.
   void Reserve(std::size_t size);
 
@@ -36,9 +39,9 @@ class UploadBody {
   // it is moved.
   static constexpr std::size_t kEnough = 32768;
 
- private:
-  bool ReadMore();
+  int descriptor() const { return descriptor_; }
 
+ private:
   int descriptor_;
   std::uint64_t length_;
   std::uint64_t read_ = 0;

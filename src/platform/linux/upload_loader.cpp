@@ -7,6 +7,7 @@
 #include "platform/linux/abandoned_files.h"
 #include "platform/linux/cgi_variables.h"
 #include "platform/linux/stored_files.h"
+#include "platform/linux/upload_rest.h"
 #include "platform/linux/upload_steps.h"
 #include "platform/upload.h"
 
@@ -87,5 +88,17 @@ int OrboCgiLoadUploadAll(QLIBSZHASH* const* tables, const char* directory,
 }
 
 void OrboCgiSweepUploads(const char* directory) { ORBO::RemoveAbandonedFiles(directory); }
+
+int ORBO::BeginUploadRest(QLIBSZHASH& fields, std::string& text, UploadBody** rest,
+                          std::uint64_t& size) {
+  return WithBody(nullptr, [&](UploadStream& body) {
+    const int result = body.ReadFields(fields);
+    if (result == kUploadLoaded) {
+      size = body.length() - body.boundary_position();
+      *rest = &body.TakeRest(text);
+    }
+    return result;
+  });
+}
 
 bool OrboCgiIsStoredFile(const std::string& path) { return ORBO::StoredFiles::Has(path); }

@@ -181,6 +181,12 @@ int UploadStream::Finish() {
   return Result();
 }
 
+UploadBody& UploadStream::TakeRest(std::string& text) {
+  text = reader_.part_text();
+  Fail(kUploadMalformed);
+  return reader_.body();
+}
+
 void UploadStream::ReportProgress(bool is_end) {
   const std::uint64_t total = length();
   const std::uint64_t done = is_end ? total : reader_.body().position();

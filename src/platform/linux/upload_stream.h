@@ -37,6 +37,10 @@ class UploadStream {
   // Reads what follows the last part, if all parts were read.
   int Finish();
 
+  // The body from boundary_position on as it came: what begins `text`, then what is
+  // left of the body returned.  Only after ReadFields; nothing else can be read then.
+  UploadBody& TakeRest(std::string& text);
+
   void SetProgress(OrboCgiUploadProgress progress) { progress_ = progress; }
   std::uint64_t boundary_position() const { return reader_.boundary_position(); }
   std::uint64_t length() { return reader_.body().length(); }

@@ -54,6 +54,12 @@ std::string StartStarter(const Setup& setup, const std::string& run) {
          "; do sleep 0.01; done; ";
 }
 
+// Lines for a port of Apache with HTTPS.
+constexpr char kTls[] =
+    "LoadModule ssl_module /usr/lib/apache2/modules/mod_ssl.so\nListen 127.0.0.1:@TLS_PORT@\n"
+    "<VirtualHost 127.0.0.1:@TLS_PORT@>\nSSLEngine on\nSSLCertificateFile @PEM@\n"
+    "</VirtualHost>\n";
+
 sockaddr_in LoopbackAddress(std::uint16_t port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -65,15 +71,9 @@ sockaddr_in LoopbackAddress(std::uint16_t port) {
 // A port that is free now.  Where another process takes it before the server
 // does, the server is started again on another one.
 std::uint16_t FreePort() {
-  sockaddr_in address = LoopbackAddress(0);
-  socklen_t size = sizeof address;
-  const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (bind(probe, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    throw std::runtime_error("no free port");
-  }
-  close(probe);
-  return ntohs(address.sin_port);
+  std::uint16_t port = 0;
+  close(ListenOnLoopback(port));
+  return port;
 }
 
 void Replace(std::string& text, const std::string& word, const std::string& value) {
@@ -99,6 +99,19 @@ void Parse(const std::string& raw, HttpResponse& response) {
 
 }  // namespace
 
+int ListenOnLoopback(std::uint16_t& port) {
+  sockaddr_in address = LoopbackAddress(0);
+  socklen_t size = sizeof address;
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+      listen(listener, 8) != 0 ||
+      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    throw std::runtime_error("no free port");
+  }
+  port = ntohs(address.sin_port);
+  return listener;
+}
+
 std::vector<std::string> HttpResponse::Headers(const std::string& name) const {
   std::vector<std::string> values;
   for (const std::string& line : header_lines) {
@@ -109,9 +122,9 @@ std::vector<std::string> HttpResponse::Headers(const std::string& name) const {
   return values;
 }
 
-WebServer::WebServer(ServerKind kind) {
+WebServer::WebServer(ServerKind kind, const std::string& pem) {
   for (int attempt = 0; attempt < 3; ++attempt) {
-    if (Start(kind)) {
+    if (Start(kind, pem)) {
       return;
     }
     Stop();
@@ -121,12 +134,18 @@ WebServer::WebServer(ServerKind kind) {
                            ReadFile(run + "/error.log"));
 }
 
-bool WebServer::Start(ServerKind kind) {
+bool WebServer::Start(ServerKind kind, const std::string& pem) {
   const Setup& setup = SetupOf(kind);
   const std::string run = root_.RunDirectory();
   const std::string configuration = run + "/" + setup.configuration;
   port_ = FreePort();
   std::string text = ReadFile(std::string(E2E_SERVER_TEMPLATES "/") + setup.configuration + ".in");
+  if (!pem.empty()) {
+    tls_port_ = FreePort();
+    text += kTls;
+    Replace(text, "@TLS_PORT@", std::to_string(tls_port_));
+    Replace(text, "@PEM@", pem);
+  }
   Replace(text, "@ROOT@", root_.path());
   Replace(text, "@RUN@", run);
   Replace(text, "@PORT@", std::to_string(port_));

@@ -24,6 +24,9 @@ struct HttpResponse {
 // Looks at what has come of an answer so far, and may take it away; false to hang up.
 using Watch = std::function<bool(std::string& received)>;
 
+// A socket that listens on the loopback interface, on a port that is free.
+int ListenOnLoopback(std::uint16_t& port);
+
 enum class AfterRequest { kListen, kHangUp };
 enum class ServerKind { kLighttpd, kApache, kNginx };
 
@@ -34,7 +37,9 @@ class WebServer {
  public:
   // Returns once the server accepts connections; throws std::exception if it
   // does not.
-  explicit WebServer(ServerKind kind);
+  explicit WebServer(ServerKind kind) : WebServer(kind, "") {}
+  // Apache with a port for HTTPS too, whose key and certificate are in the file `pem`.
+  WebServer(ServerKind kind, const std::string& pem);
   ~WebServer() { Stop(); }
   WebServer(const WebServer&) = delete;
   WebServer& operator=(const WebServer&) = delete;
@@ -42,6 +47,7 @@ class WebServer {
   const TestRoot& root() const { return root_; }
   // "127.0.0.1:port", as clients write it into Host.
   std::string Host() const { return "127.0.0.1:" + std::to_string(port_); }
+  std::string TlsHost() const { return "127.0.0.1:" + std::to_string(tls_port_); }
 
   // `target` as in the request line; `headers` are whole lines.
   HttpResponse Send(const std::string& method, const std::string& target,
@@ -62,11 +68,12 @@ class WebServer {
   bool RunsPrograms() const { return !Programs().empty(); }
 
  private:
-  bool Start(ServerKind kind);
+  bool Start(ServerKind kind, const std::string& pem);
   void Stop();
 
   TestRoot root_;
   std::uint16_t port_ = 0;
+  std::uint16_t tls_port_ = 0;
   std::FILE* guardian_ = nullptr;  // stops the server on a word or the end of this
 };
 

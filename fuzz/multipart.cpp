@@ -1,4 +1,5 @@
-// The reader of uploads: the first line is the Content-Type, all after it the body.
+// The reader of uploads: the first line is the Content-Type, all after it the body,
+// which is read in every order of steps that the loaders allow.
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -11,7 +12,9 @@
 #include <string_view>
 
 #include "platform/linux/stored_files.h"
-#include "platform/linux/upload_stream.h"
+#include "platform/linux/upload_steps.h"
+#include "util/Descriptor.h"
+#include "util/read_file.h"
 #include "util/write_file.h"
 
 namespace {
@@ -30,44 +33,107 @@ class Directory {
   Directory(const Directory&) = delete;
   Directory& operator=(const Directory&) = delete;
 
-  const std::string& path() const { return path_; }
+  const char* path() const { return path_.c_str(); }
+  // The bytes in all files, which are regular ones; their number in `count`.
+  std::uintmax_t Size(std::size_t& count) const {
+    std::uintmax_t size = 0;
+    count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+      Require(entry.is_regular_file());
+      size += entry.file_size();
+      ++count;
+    }
+    return size;
+  }
 
  private:
   std::string path_ = "/dev/shm/webapi-fuzz-XXXXXX";
 };
 
+unsigned long long g_done = 0;
+
+void CheckProgress(unsigned long long done, unsigned long long total) {
+  Require(done > g_done && done <= total);
+  g_done = done;
+}
+
+enum class Steps { kAll, kFieldsThenAll, kFileByFile };
+
+// Loads what comes next as long as that is a file.
+int LoadFiles(ORBO::UploadStream& body, const Directory& directory, QLIBSZHASH& table) {
+  OrboCgiUploadState state;
+  unsigned char loaded = 0;
+  std::string field_name;
+  std::string file_name;
+  const ORBO::NextFile next = {&state, &loaded, &field_name, &file_name};
+  int result = ORBO::LoadFields(body, table, next);
+  while (result == kUploadLoaded && body.File() != nullptr) {
+    std::size_t count = 0;
+    const std::uintmax_t most = state.size;
+    const std::uintmax_t before = directory.Size(count);
+    result = ORBO::LoadFile(body, directory.path(), table, next);
+    const std::uintmax_t size = directory.Size(count) - before;
+    Require(size <= most && (result != kUploadLoaded || (size == 0) == (most == 0)));
+    Require(loaded == (result == kUploadLoaded ? 1 : 0));
+  }
+  return result;
+}
+
+// The result and, of a success, the parameters, files by their content.
+std::string Read(const std::string& type, std::string_view content, Steps steps) {
+  static const Directory directory;
+  const ORBO::Descriptor file(memfd_create("body", MFD_CLOEXEC));
+  Require(file.IsOpen() && ORBO::WriteAll(file.get(), content) &&
+          lseek(file.get(), 0, SEEK_SET) == 0);
+  ORBO::UploadStream body(file.get(), type, std::to_string(content.size()));
+  g_done = 0;
+  body.SetProgress(CheckProgress);
+  QLIBSZHASH fields;
+  QLIBSZHASH paths;
+  int result = kUploadLoaded;
+  if (steps != Steps::kAll) {
+    OrboCgiBodyPositions positions;
+    char name[8];
+    result = ORBO::LoadLeadingFields(body, fields, positions, name, sizeof name);
+    Require(positions.next <= positions.end && positions.end == content.size() &&
+            std::string_view(name).size() < sizeof name);
+  }
+  if (steps == Steps::kFileByFile && result == kUploadLoaded) {
+    result = LoadFiles(body, directory, fields);
+  }
+  const int last = body.ReadAll(directory.path(), fields, paths);
+  Require(result == kUploadLoaded || result == last);
+
+  std::size_t count = 0;
+  Require(directory.Size(count) <= content.size());
+  Require(last != kUploadLoaded || g_done == content.size());
+  std::string text = std::to_string(last);
+  for (QLIBSZHASH* const table : {&fields, &paths}) {
+    for (auto& [key, value] : table->pairs) {
+      count -= ORBO::StoredFiles::Has(value) ? 1 : 0;
+      Require(!ORBO::StoredFiles::Has(value) || ORBO::ReadWholeFile(value, value));
+    }
+  }
+  Require(count == 0);
+  paths.pairs.merge(fields.pairs);
+  for (const auto& [key, value] : paths.pairs) {
+    Require(key.find('\0') == std::string::npos);
+    text += last == kUploadLoaded ? "\n" + key + "=" + value : "";
+  }
+  ORBO::StoredFiles::RemoveAll();
+  Require(last == kUploadLoaded ? content.find("--") != std::string_view::npos
+                                : last < 0 && last >= kUploadNoMemory);
+  return text;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Directory directory;
   const std::string_view input(reinterpret_cast<const char*>(data), size);
-  const std::string_view type = input.substr(0, input.find('\n'));
+  const std::string type(input.substr(0, input.find('\n')));
   const std::string_view body = input.substr(std::min(type.size() + 1, size));
-  const int file = memfd_create("body", MFD_CLOEXEC);
-  Require(file >= 0 && ORBO::WriteAll(file, body) && lseek(file, 0, SEEK_SET) == 0);
-
-  ORBO::UploadStream stream(file, type, std::to_string(body.size()));
-  QLIBSZHASH fields;
-  QLIBSZHASH paths;
-  const int result = stream.ReadAll(directory.path(), fields, paths);
-  close(file);
-
-  std::uintmax_t content = 0;
-  for (const auto& [name, text] : fields.pairs) {
-    content += text.size();
-    Require(name.find('\0') == std::string::npos);
-  }
-  std::size_t stored = 0;
-  for (const auto& [name, path] : paths.pairs) {
-    content += std::filesystem::file_size(path);
-    ++stored;
-  }
-  for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
-    Require(stored-- > 0 && entry.is_regular_file());
-  }
-  Require(stored == 0 && content <= body.size());
-  Require(result == kUploadLoaded ? body.find("--") != std::string_view::npos
-                                  : result < 0 && result >= kUploadNoMemory);
-  ORBO::StoredFiles::RemoveAll();
+  const std::string all = Read(type, body, Steps::kAll);
+  Require(all == Read(type, body, Steps::kFieldsThenAll));
+  Require(all == Read(type, body, Steps::kFileByFile));
   return 0;
 }

@@ -44,7 +44,8 @@ class WEBAPI_EXPORT APIUpload {
 
   // The readers add to the object `params`.  They return 1 on success; -2 where no
   // directory has enough room, -6 where there is nothing to read, -8 where no file is
-  // known, -9 without memory; otherwise the platform's code (docs/transfer.md).
+  // known, -9 without memory or when the callback throws; otherwise the platform's code
+  // (docs/transfer.md).
 
   // Reads the fields in front of the next file.  That file's name is in `params`
   // under the name of its field.

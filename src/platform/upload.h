@@ -22,7 +22,8 @@
 // Stored files have mode 0600 and names that nobody can guess.  One that cannot be
 // stored whole is removed.  Those that are still where they were stored are removed
 // when the request's record is freed, when the process ends, and when a signal ends
-// it; a process that this one starts removes none.
+// it; a process that this one starts removes none.  OrboCgiSweepUploads removes those
+// of a process that was killed.
 
 struct OrboCgi;
 struct QLIBSZHASH;
@@ -36,8 +37,8 @@ inline constexpr int kUploadNoBoundary = -5;   // CONTENT_TYPE has no usable bou
 inline constexpr int kUploadTooMuch = -7;      // more or larger fields or files than allowed
 inline constexpr int kUploadReadFailed = -10;  // standard input cannot be read
 inline constexpr int kUploadStoreFailed = -11;
-inline constexpr int kUploadNoRoom = -12;  // the disk, the quota or the file is full
-inline constexpr int kUploadNoMemory = -13;
+inline constexpr int kUploadNoRoom = -12;    // the disk, the quota or the file is full
+inline constexpr int kUploadNoMemory = -13;  // or the callback for progress threw an exception
 
 // Called with the bytes of the body read so far and its length: about every
 // hundredth of the body, at most every 64 KiB and at least every MiB, and at its end.
@@ -79,6 +80,11 @@ int OrboCgiLoadUploadFileToDir(OrboCgi* cgi, const char* directory, OrboCgiUploa
 // a failure `tables[1]` holds the files that had been stored whole.
 int OrboCgiLoadUploadAll(QLIBSZHASH* const* tables, const char* directory,
                          OrboCgiUploadProgress progress, int flags);
+
+// Removes from `directory` the files of processes that have ended and could not do so
+// themselves.  Safe where others may write too: nothing is removed but what loaders have
+// stored for this user.
+void OrboCgiSweepUploads(const char* directory);
 
 // Whether `path` is that of a file which a loader stored, and not just what a client
 // sent for it.

@@ -7,6 +7,7 @@
 
 #include "platform/files.h"
 #include "platform/last_error.h"
+#include "platform/upload.h"
 #include "platform/volume.h"
 #include "transfer/APIUploadPrivate.h"
 #include "util/paths.h"
@@ -34,6 +35,7 @@ bool FreeRoom(const std::string& path, std::uint32_t& room) {
 
 bool APIUploadPrivate::CanUploadtoTmp(std::string& dir, unsigned long long size) {
   const std::string tmp = RootedPath("/tmp");
+  OrboCgiSweepUploads(tmp.c_str());
   std::uint32_t room = 0;
   if (!FreeRoom(tmp, room)) {
     return false;
@@ -47,6 +49,8 @@ bool APIUploadPrivate::CanUploadtoTmp(std::string& dir, unsigned long long size)
 }
 
 bool APIUploadPrivate::CanUploadtoRoot(std::string& dir, unsigned long long size) {
+  const std::string path = RootedPath("/var/@tmp");
+  OrboCgiSweepUploads(path.c_str());
   std::uint32_t room = 0;
   if (!FreeRoom(RootedPath("/"), room)) {
     return false;
@@ -55,7 +59,6 @@ bool APIUploadPrivate::CanUploadtoRoot(std::string& dir, unsigned long long size
     QLIBCErrSet(kPlatformErrorNoRoom);
     return false;
   }
-  const std::string path = RootedPath("/var/@tmp");
   if (ORBOFSMkdirP(path.c_str(), 0, 0, static_cast<uid_t>(-1), static_cast<gid_t>(-1),
                    kDirectory | 0700) != 0) {
     QLIBCErrSet(kPlatformErrorDirectory);
@@ -70,7 +73,7 @@ bool APIUploadPrivate::FindUploadTmpDir(std::string& dir, unsigned long long siz
     QLIBVOLUME volume;
     int reason = 0;
     if (VolumeAvailGet(size, &volume, &reason, 1) == 1) {
-      dir = volume.mount_path + "/@tmp";
+      dir = volume.mount_path + kVolumeUploads;
       // A directory that cannot be made fails the upload when its file is.
       ORBOFSMkdirP(dir.c_str(), 0, 0, static_cast<uid_t>(-1), static_cast<gid_t>(-1), 0777);
       return true;

@@ -3,7 +3,6 @@
 #include <webapi/APIRequest.h>
 
 #include <memory>
-#include <new>
 
 #include "platform/string_table.h"
 #include "platform/webapi_util.h"
@@ -26,14 +25,21 @@ struct FreeTable {
 };
 using Table = std::unique_ptr<QLIBSZHASH, FreeTable>;
 
-// Calls `read`; for lack of memory no exception leaves.
+// Calls `read`; no exception leaves, be it for lack of memory, of which JSON values tell
+// by one of their own, or of the callback for progress.
 template <typename Read>
-int WithMemory(Read read) {
+int WithoutException(Read read) {
   try {
     return read();
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
+    Log(LOG_ERR, "%s:%d upload ended by an exception", kSource, __LINE__);
     return kNoMemory;
   }
+}
+
+// The directory for `size` bytes from the client.
+bool FindDirectory(unsigned long long size, std::string& dir) {
+  return APIUploadPrivate::FindUploadTmpDir(dir, size + kHeadroom);
 }
 
 void AppendPaths(const QLIBSZHASH& table, Json::Value& files) {
@@ -52,7 +58,7 @@ APIUploadPrivate::APIUploadPrivate(APIUpload* owner, APIRequest* request)
 APIUploadPrivate::~APIUploadPrivate() { OrboCgiFree(&cgi_); }
 
 int APIUploadPrivate::GetUploadParam(Json::Value& params) {
-  return WithMemory([&] {
+  return WithoutException([&] {
     if (OrboCgiLoadUploadParams(&cgi_, progress_, &state_, &loaded_, &field_name_, &file_name_) >
         0) {
       WebAPIUtil::SzHashToJsonObj(cgi_.parameters, params);
@@ -65,7 +71,7 @@ int APIUploadPrivate::GetUploadParam(Json::Value& params) {
 }
 
 int APIUploadPrivate::GetUploadFile(Json::Value& params) {
-  return WithMemory([&] {
+  return WithoutException([&] {
     if (loaded_ == 0 || field_name_.empty() || file_name_.empty()) {
       return state_.result = kFileUnknown;
     }
@@ -73,7 +79,7 @@ int APIUploadPrivate::GetUploadFile(Json::Value& params) {
       return state_.result = kNothing;
     }
     std::string dir;
-    if (!FindUploadTmpDir(dir, state_.size + kHeadroom)) {
+    if (!FindDirectory(state_.size, dir)) {
       return state_.result = kNoRoom;
     }
     if (OrboCgiLoadUploadFileToDir(&cgi_, dir.c_str(), progress_, &state_, &loaded_, &field_name_,
@@ -85,14 +91,14 @@ int APIUploadPrivate::GetUploadFile(Json::Value& params) {
 }
 
 int APIUploadPrivate::GetUploadAll(Json::Value& params, Json::Value* files) {
-  return WithMemory([&] {
+  return WithoutException([&] {
     const unsigned long long size =
         JSON::AsUInt64(request_->GetEnv("CONTENT_LENGTH", Json::Value::nullSingleton()));
     if (size == 0) {
       return kNothing;
     }
     std::string dir;
-    if (!FindUploadTmpDir(dir, size + kHeadroom)) {
+    if (!FindDirectory(size, dir)) {
       return kNoRoom;
     }
     const Table fields(QLIBCSzHashAlloc(kTableSlots));

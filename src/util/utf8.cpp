@@ -82,4 +82,16 @@ std::size_t MalformedLength(std::string_view text) {
   return form != nullptr ? FittingLength(text, *form) : 1;
 }
 
+bool IsPrintable(std::string_view text) {
+  while (!text.empty()) {
+    const auto first = static_cast<unsigned char>(text.front());
+    const std::size_t length = first < 0x80 ? 1 : CharacterLength(text);
+    if (length == 0 || first < ' ' || first == 0x7F) {
+      return false;
+    }
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
 }  // namespace ORBO::UTF8

@@ -18,4 +18,7 @@ std::size_t CharacterLength(std::string_view text);
 // stands for: the longest beginning of a well-formed character, or one byte.
 std::size_t MalformedLength(std::string_view text);
 
+// Whether `text` is well-formed and without the control characters of ASCII.
+bool IsPrintable(std::string_view text);
+
 }  // namespace ORBO::UTF8

@@ -16,10 +16,6 @@ namespace e2e {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-using Lines = std::vector<std::string>;
-
 const Lines kForeign = {"Origin: http://elsewhere.example"};
 // Of the right form, and of no session.
 const std::string kNoSession = "s" + std::string(43, 'A');

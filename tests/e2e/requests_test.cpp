@@ -67,7 +67,6 @@ TEST_P(Requests, GetTheDefinedAnswer) {
 }
 
 TEST_P(Requests, AreCountedWhereTheOwnerSharesUsageData) {
-  namespace fs = std::filesystem;
   const std::string setting = server().root().path() + "/etc/orboinfo.conf";
   const std::string spool = server().root().path() + "/var/spool/webapi";
   fs::create_directories(fs::path(setting).parent_path());

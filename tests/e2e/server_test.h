@@ -2,16 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "support/WebServer.h"
 #include "support/wait.h"
 
 namespace e2e {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
 
 // Tests that run under every web server; one server of each kind serves all of
 // them.
@@ -37,6 +45,22 @@ class ServerTest : public ::testing::TestWithParam<ServerKind> {
   // The same of the command webapi.
   static std::string Run(const std::string& arguments) {
     return Shell("WEBAPI_ROOT=" + Path("") + " " E2E_COMMAND " " + arguments);
+  }
+
+  // Writes the platform's settings, and gives the root directory to the server's user.
+  static void Configure(const std::string& lines) {
+    fs::create_directories(Path("/etc/orbo"));
+    std::ofstream(Path("/etc/orbo/platform.conf"))
+        << (geteuid() == 0 ? "service_user=www-data\n" : "") << lines;
+    server().root().HandOver();
+  }
+  // Asks for a file, with whole header lines, in the version of the protocol from which
+  // on all servers know ranges.
+  static HttpResponse Fetch(const std::string& query, const std::string& headers = "",
+                            const std::string& method = "GET", const Watch& watch = nullptr) {
+    return server().SendRaw(method + " /webapi/entry.cgi?" + query +
+                                " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n" + headers + "\r\n",
+                            AfterRequest::kListen, watch);
   }
 
   // What a sanitizer finds at the end of a program comes after the answer.

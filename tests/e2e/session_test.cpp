@@ -16,10 +16,6 @@ namespace e2e {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-using Lines = std::vector<std::string>;
-
 constexpr char kOpen[] = "api=ORBO.Session&version=1&method=open";
 // "correct horse", by the cheapest yescrypt.
 constexpr char kHash[] = ":$y$j75$abcdefgh$Jakf0CHhzdQOivqISxvBXCIRIaxY0Fs1wJGsJSurry/\n";

@@ -16,8 +16,6 @@ namespace e2e {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::chrono::seconds kLimit(20);
 
 bool HasEnded(pid_t pid) {

@@ -1,10 +1,8 @@
 // Uploads, read by the entry and by handlers, and what is left of them: nothing.
 
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "server_test.h"
 
@@ -31,22 +29,18 @@ std::string UploadError(int code) {
 class Uploads : public ServerTest {
  protected:
   void SetUp() override {
-    std::filesystem::create_directories(Volume());
-    std::filesystem::create_directories(Root() + "/etc/orbo");
-    std::ofstream(Root() + "/etc/orbo/platform.conf") << "volumes=/none /volume\n";
-    server().root().HandOver();
+    fs::create_directories(Path("/volume"));
+    Configure("volumes=/none /volume\n");
   }
   void TearDown() override {
     EXPECT_TRUE(WaitUntil([this] { return !server().RunsPrograms(); }, std::chrono::seconds(10)));
     EXPECT_EQ(Stored(), 0);
-    std::filesystem::remove(Root() + "/etc/orbo/platform.conf");
+    fs::remove(Path("/etc/orbo/platform.conf"));
   }
 
-  std::string Root() const { return server().root().path(); }
-  std::string Volume() const { return Root() + "/volume"; }
   long Stored() const {
     std::error_code none;
-    return std::distance(std::filesystem::directory_iterator(Volume() + "/@tmp", none), {});
+    return std::distance(fs::directory_iterator(Path("/volume/@tmp"), none), {});
   }
   HttpResponse Send(const std::string& query, const std::string& body) const {
     return server().Send("POST", "/webapi/entry.cgi?" + query,
@@ -70,11 +64,7 @@ TEST_P(Uploads, ReachTheHandlerAsParameters) {
   const std::string names = Field("method", "upload") + Field("api", "ORBO.Test.Probe") +
                             Field("first", "1") + Field("version", "1");
   const std::string call = R"("call":"ORBO.Test.Probe.upload",)";
-  const struct {
-    std::string query;
-    std::string body;
-    std::string expected;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string> rows[] = {
       {Probe("upload"), Field("a", "1") + File("f", "/x/y", "content") + Field("b", "") + kEnd,
        Success(R"({"a":"1","api":"ORBO.Test.Probe","b":"",)" + call +
                R"("f":"file content","f.name":"y","method":"upload","version":"1"})")},
@@ -100,10 +90,10 @@ TEST_P(Uploads, ReachTheHandlerAsParameters) {
       {Probe("upload"), File("f", "x", "c") + "--b\n", UploadError(-3)},
       {"", names + File("f", "x", "c"), UploadError(-1)},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.query + " " + row.body.substr(0, 500));
-    const HttpResponse response = Send(row.query, row.body);
-    EXPECT_EQ(response.body, row.expected);
+  for (const auto& [query, body, expected] : rows) {
+    SCOPED_TRACE(query + " " + body.substr(0, 500));
+    const HttpResponse response = Send(query, body);
+    EXPECT_EQ(response.body, expected);
     // Browsers show the answer to an upload form, and may offer JSON for saving.
     EXPECT_EQ(response.Headers("Content-type"),
               std::vector<std::string>{"text/html; charset=\"UTF-8\""});
@@ -134,11 +124,19 @@ TEST_P(Uploads, CanBeReadByTheHandler) {
             Success(R"({"result":-1,"steps":[]})"));
   EXPECT_EQ(Send(Probe("deferred"), File("f", "x", std::string(100000, 'x'))).body,
             Success(R"({"f":"x","result":-1,"steps":[{"f":"x"}]})"));
+  EXPECT_EQ(
+      Send(Probe("deferred", "interrupt=yes"), File("f", "x", std::string(100000, 'x')) + body)
+          .body,
+      Success(R"({"result":-13,"steps":[-9]})"));
 }
 
 TEST_P(Uploads, LeaveNothingBehind) {
   const std::string file = File("f", "x", std::string(300000, 'x'));
   EXPECT_NE(Send(Probe("upload", "crash=yes"), file + kEnd).status, 200);
+  EXPECT_NE(Send(Probe("upload", "crash=killed"), file + kEnd).status, 200);
+  EXPECT_EQ(Stored(), 1);
+  EXPECT_EQ(Send(Probe("upload"), kEnd).status, 200);
+  EXPECT_EQ(Stored(), 0) << "nobody but the next upload can remove it";
   const int connection = Begin("upload", 9000000);
   send(connection, file.data(), file.size(), MSG_NOSIGNAL);
   EXPECT_TRUE(WaitUntil([this] { return Stored() == 1; }, std::chrono::seconds(10)));
@@ -151,8 +149,8 @@ E2E_UNDER_EVERY_SERVER(LargeUploads);
 
 TEST_P(LargeUploads, OfMoreThan4GiBNeedLittleMemory) {
   constexpr std::uint64_t kSize = (std::uint64_t{4} << 30) + 1;
-  ASSERT_GT(std::filesystem::space(Volume()).available, kSize + (std::uint64_t{1} << 30))
-      << "this test needs 5 GiB of free space in " << Volume();
+  ASSERT_GT(fs::space(Path("/volume")).available, kSize + (std::uint64_t{1} << 30))
+      << "this test needs 5 GiB of free space in " << Path("/volume");
   const std::string head = "--b\r\nContent-Disposition: form-data; name=file; filename=x\r\n\r\n";
   const std::string end = std::string("\r\n") + kEnd;
   const std::string block(1 << 20, '\r');

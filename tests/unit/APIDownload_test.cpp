@@ -25,11 +25,7 @@ std::string Answer(APIDownload& download, const std::string& path, int result = 
 TEST(APIDownload, SendsTheResponsesHeadersFirstAndOneType) {
   const WebAPIDirectory directory;
   directory.Write("a.txt", "text");
-  const struct {
-    const char* headers;
-    const char* type;  // by SetMimeType
-    const char* expected;
-  } rows[] = {
+  const std::tuple<std::string, std::string, const char*> rows[] = {
       {"{}", "", "Content-type: text/plain\r\n"},
       {"{}", "a/b", "Content-type: a/b\r\n"},
       {R"({"Content-type":"x/y"})", "a/b", "Content-type: x/y\r\n"},
@@ -39,21 +35,21 @@ TEST(APIDownload, SendsTheResponsesHeadersFirstAndOneType) {
       {"{}", "a/b\r\nInjected: 1", "Content-Type: application/octet-stream\r\n"},
       {R"({"Status":"404"})", "", "Content-type: text/plain\r\nStatus: 404\r\n"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.headers + std::string(row.type));
+  for (const auto& [headers, mime_type, expected] : rows) {
+    SCOPED_TRACE(headers + mime_type);
     const LogCapture log;
     APIResponse response(nullptr);
     APIDownload download(&response);
-    download.SetMimeType(row.type);
-    EXPECT_TRUE(download.SetHeader(FromText(row.headers)));
+    download.SetMimeType(mime_type);
+    EXPECT_TRUE(download.SetHeader(FromText(headers)));
     setenv("REQUEST_METHOD", "GET", 1);
-    setenv("HTTP_IF_NONE_MATCH", std::string(row.headers).find("Status") == 2 ? "*" : "", 1);
+    setenv("HTTP_IF_NONE_MATCH", headers.find("Status") == 2 ? "*" : "", 1);
     const std::string answer = Answer(download, "a.txt");
     unsetenv("HTTP_IF_NONE_MATCH");
     unsetenv("REQUEST_METHOD");
     const std::string added =
         "X-Content-Type-Options: nosniff\r\nCache-Control: private, no-cache\r\nETag: ";
-    EXPECT_EQ(0U, answer.find(row.expected + added)) << answer;
+    EXPECT_EQ(0U, answer.find(expected + added)) << answer;
     EXPECT_EQ("\r\n\r\ntext", answer.substr(answer.size() - 8));
   }
 }

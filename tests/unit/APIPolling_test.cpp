@@ -20,6 +20,7 @@
 #include "unit/WebAPIDirectory.h"
 #include "unit/json.h"
 #include "util/log_text.h"
+#include "util/read_file.h"
 
 namespace ORBO {
 namespace {
@@ -35,6 +36,11 @@ Json::Value Request(const std::string& user, const std::string& is_admin) {
 }
 
 void Succeed(APIRequest*, APIResponse* to, void*) { to->SetSuccess(1); }
+
+void Throw() { throw 5; }
+Json::Value Deep(std::size_t levels) {
+  return FromText(std::string(levels, '[') + std::string(levels, ']'));
+}
 
 // Waits for all tasks' processes; the last one's exit status.
 int Reap() {
@@ -54,6 +60,12 @@ struct Polling : testing::Test {
     Json::Value status;
     EXPECT_TRUE(polling.Status(id, status));
     return status;
+  }
+  // Whether the task's record stays after the end.
+  bool IsToStay(const std::string& id) const {
+    std::string record;
+    return ReadWholeFile(tasks + id + ".json", record) &&
+           record.find(R"("autoRemove":false)") != std::string::npos;
   }
   // What was logged since the last time, without the source's name.
   std::string Logged() {
@@ -77,14 +89,9 @@ struct Polling : testing::Test {
 };
 
 TEST_F(Polling, TheOwnerIsTheUserOrTheGroup) {
-  const struct {
-    std::string group;
-    APIRequest* request;
-    int refusal;        // of the attribute
-    int code;           // of the start all the same
-    std::string owner;  // "" where there is no start
-    const char* log;
-  } rows[] = {
+  // With the error of the attribute, and the code of the start all the same; the owner is
+  // "" where there is no start.
+  const std::tuple<std::string, APIRequest*, int, int, std::string, const char*> rows[] = {
       {"", &ben, 500, 0, "ben", ""},
       {"everyone", &ben, 500, 0, "@users", ""},
       {"admin", &ada, 500, 0, "@administrators", ""},
@@ -94,22 +101,22 @@ TEST_F(Polling, TheOwnerIsTheUserOrTheGroup) {
       {"", &nobody, 500, 117, "", ""},
       {"", &group, 500, 117, "", ""},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.group + " " + row.owner);
-    APIPollingPrivate started(row.request, nullptr);
-    EXPECT_EQ(row.refusal == 500, started.SetGroupAttr(row.group));
-    EXPECT_EQ(row.refusal, started.GetError());
-    started.SetData("polling_attribute", "share_to_group", row.group, true);
+  for (const auto& [group_name, request, refusal, code, owner, logged] : rows) {
+    SCOPED_TRACE(group_name + " " + owner);
+    APIPollingPrivate started(request, nullptr);
+    EXPECT_EQ(refusal == 500, started.SetGroupAttr(group_name));
+    EXPECT_EQ(refusal, started.GetError());
+    started.SetData("polling_attribute", "share_to_group", group_name, true);
     started.SetData("polling_attribute", "task_id_prefix", "p/", true);
-    APIResponse answer(row.request);
-    EXPECT_EQ(!row.owner.empty(), started.Start(&answer, Succeed, nullptr));
-    EXPECT_EQ(row.code, answer.GetError());
-    EXPECT_EQ(row.log, Logged());
+    APIResponse answer(request);
+    EXPECT_EQ(!owner.empty(), started.Start(&answer, Succeed, nullptr));
+    EXPECT_EQ(code, answer.GetError());
+    EXPECT_EQ(logged, Logged());
     const std::string id = answer.GetBody()["data"]["task_id"].asString();
     Json::Value status;
-    if (!row.owner.empty() && started.Status(id, status)) {
-      EXPECT_EQ(row.owner + "/p/", id.substr(0, id.size() - 22));
-      EXPECT_EQ(R"({"api":"A.B","group":")" + row.group +
+    if (!owner.empty() && started.Status(id, status)) {
+      EXPECT_EQ(owner + "/p/", id.substr(0, id.size() - 22));
+      EXPECT_EQ(R"({"api":"A.B","group":")" + group_name +
                     R"(","method":"m","param":{"p":[1]},"prefix":"p/","version":3})",
                 ToText(status["info"]));
     }
@@ -134,13 +141,7 @@ TEST_F(Polling, FailuresTellWhy) {
   const std::string nul("ben/x\0", 6);
   const std::string longest = "ben/" + std::string(4096, 'x');
   const std::string admins = "@administrators/1";
-  const struct {
-    APIRequest* request;
-    std::string word;
-    std::string argument;
-    int error;
-    std::string log;
-  } rows[] = {
+  const std::tuple<APIRequest*, std::string, std::string, int, std::string> rows[] = {
       {nullptr, "status", "ben/x", 502, "329 unknown request;"},
       {&ben, "status", "", 502, "335 bad parameters;"},
       {&ben, "status", "abc", 503, "342 Invalid task id[abc];"},
@@ -164,12 +165,12 @@ TEST_F(Polling, FailuresTellWhy) {
       {&group, "list", R"(["user"])", 504, "475 Cannot get task manager;"},
       {&group, "stop", admins, 503, "103 Permission denied;"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.word + " " + row.log);
-    APIPolling asked(row.request);
-    EXPECT_FALSE(Act(row.word, asked, row.argument));
-    EXPECT_EQ(row.error, asked.GetError());
-    EXPECT_EQ(row.log, Logged());
+  for (const auto& [request, word, argument, error, logged] : rows) {
+    SCOPED_TRACE(word + " " + logged);
+    APIPolling asked(request);
+    EXPECT_FALSE(Act(word, asked, argument));
+    EXPECT_EQ(error, asked.GetError());
+    EXPECT_EQ(logged, Logged());
   }
 }
 
@@ -198,25 +199,14 @@ TEST_F(Polling, IdsAreJoined) {
 }
 
 TEST_F(Polling, StartReturnsWithTheFirstResultOrTheEnd) {
+  const char* const none = R"({"error":{"code":117},"success":false})";
   const std::pair<Work, const char*> rows[] = {
-      {[](auto*, auto* to, void*) {
-         to->SetSuccess(1);
-         to->SetError(7);
-       },
+      {[](auto*, auto* to, void*) { to->SetSuccess(1), to->SetError(7); },
        R"({"error":{"code":7},"success":false})"},
-      {[](auto*, auto* to, void*) {
-         to->SetSuccess(1);
-         throw 5;
-       },
-       R"({"data":1,"success":true})"},
-      {[](auto*, auto*, void*) { throw 5; }, R"({"error":{"code":117},"success":false})"},
-      {[](auto*, auto* to, void*) { to->SetSuccess(std::string(17 << 20, 'x')); },
-       R"({"error":{"code":117},"success":false})"},
-      {[](auto*, auto* to, void*) {
-         to->SetSuccess(1);
-         to->SetSuccess(FromText(std::string(511, '[') + std::string(511, ']')));
-       },
-       R"({"error":{"code":117},"success":false})"},
+      {[](auto*, auto* to, void*) { to->SetSuccess(1), Throw(); }, R"({"data":1,"success":true})"},
+      {[](auto*, auto*, void*) { Throw(); }, none},
+      {[](auto*, auto* to, void*) { to->SetSuccess(std::string(17 << 20, 'x')); }, none},
+      {[](auto*, auto* to, void*) { to->SetSuccess(1), to->SetSuccess(Deep(511)); }, none},
       {[](auto*, auto*, void*) {}, "{}"},
       {[](auto*, auto*, void*) { raise(SIGKILL); }, "{}"},
       {[](auto*, auto*, void*) { raise(SIGSEGV); }, "{}"},
@@ -237,17 +227,6 @@ TEST_F(Polling, StartReturnsWithTheFirstResultOrTheEnd) {
     }
   }
   EXPECT_GT(50, std::time(nullptr) - begin);
-}
-
-TEST_F(Polling, ATaskOfATaskHasItsOwnRecord) {
-  const std::string id = Start([](APIRequest* request, APIResponse* to, void*) {
-    to->SetSuccess("outer");
-    APIPolling(request).Start(
-        to, [](auto*, APIResponse* inner, void*) { inner->SetSuccess(2); }, nullptr);
-    Reap();
-  });
-  Reap();
-  EXPECT_EQ(2, Status(Status(id)["data"]["task_id"].asString())["data"].asInt());
 }
 
 TEST_F(Polling, AStopSettlesWhatBecomesOfTheRecord) {
@@ -280,28 +259,32 @@ TEST_F(Polling, AStopSettlesWhatBecomesOfTheRecord) {
   signal(SIGTERM, of_host);
   sigprocmask(SIG_UNBLOCK, &term, nullptr);
   for (const std::string& id : ids) {
-    std::ifstream record(tasks + id + ".json");
-    const std::string stored{std::istreambuf_iterator<char>(record), {}};
-    EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
+    EXPECT_TRUE(IsToStay(id)) << id;
   }
 }
 
-TEST_F(Polling, TheWorkHasASessionAndAnEndOfItsOwn) {
+TEST_F(Polling, TheWorkHasASessionAnEndAndTasksOfItsOwn) {
   static std::string mark;
   static pid_t starter;
-  mark = std::string(std::getenv("WEBAPI_ROOT")) + "/exit-handler";
+  mark = tasks + "exit-handler";
   starter = getpid();
   std::atexit([] { getpid() == starter || std::ofstream(mark); });
   polling.SetRemoveAttr(false);
   const std::string id = Start([](APIRequest* request, APIResponse* to, void*) {
-    to->SetSuccess(getsid(0) == getpid() ? request->GetPollingTaskId() : "");
+    to->SetSuccess("outer");
+    APIPolling(request).Start(
+        to,
+        [](APIRequest* of_task, APIResponse* inner, void*) {
+          inner->SetSuccess(getsid(0) == getpid() ? of_task->GetPollingTaskId() : "");
+        },
+        nullptr);
+    Reap();
   });
   EXPECT_EQ(0, Reap());
-  EXPECT_EQ(id, Status(id)["data"].asString());
-  EXPECT_FALSE(fs::exists(mark) || ben.IsPollingTask());
-  std::ifstream record(tasks + id + ".json");
-  const std::string stored{std::istreambuf_iterator<char>(record), {}};
-  EXPECT_NE(std::string::npos, stored.find(R"("autoRemove":false)")) << stored;
+  const std::string inner = Status(id)["data"]["task_id"].asString();
+  EXPECT_TRUE(IsToStay(id));
+  EXPECT_EQ(inner, Status(inner)["data"].asString());
+  EXPECT_FALSE(inner == id || fs::exists(mark) || ben.IsPollingTask());
 }
 
 TEST_F(Polling, StopMarksATaskThatIgnoresIt) {
@@ -313,6 +296,7 @@ TEST_F(Polling, StopMarksATaskThatIgnoresIt) {
   EXPECT_TRUE(!Status(id)["finish"].asBool() && polling.Stop(id, false));
   EXPECT_TRUE(Status(id)["finish"].asBool());
   const pid_t pid = Status(id)["data"].asInt();
+  ASSERT_LT(1, pid) << "which names no group of processes";
   EXPECT_EQ(0, kill(pid, SIGKILL));
   EXPECT_EQ(SIGKILL, Reap());
   APIPollingPrivate rules(&ben, nullptr);
@@ -384,7 +368,6 @@ TEST_F(Polling, TheLogIsBoundedAndItsOffsetsStay) {
   }
   EXPECT_EQ(0, Reap());
   EXPECT_EQ(kept, read(0));
-
   ASSERT_TRUE(writer.WriteLog(std::string(1 << 20, 'x') + "end\n"));
   EXPECT_EQ("xend\n", read(part["next"].asUInt() + (1 << 17) - 5));
   EXPECT_LE(read(0).size(), KEP::TaskUtil::kLargestTaskLog);

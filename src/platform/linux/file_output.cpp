@@ -12,9 +12,11 @@
 #include <iostream>
 
 #include "platform/linux/file_answer.h"
+#include "platform/linux/lock_retry.h"
 #include "platform/linux/send_content.h"
 #include "util/Descriptor.h"
 #include "util/HeldOutput.h"
+#include "util/utf8.h"
 
 namespace {
 
@@ -24,6 +26,20 @@ using ORBO::Descriptor;
 using ORBO::HeldOutput;
 
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;
+// Longer than the kernel leaves a lease to its holder (lease-break-time, 45 s).
+constexpr int kLeaseSeconds = 60;
+
+// Opens `path` for reading, and waits for no pipe but for a lease: a file server that
+// serves the file to another client writes back what that one has changed, and gives
+// the lease up.
+int OpenToSend(const char* path) {
+  int file = -1;
+  ORBO::RetryLock(kLeaseSeconds, [&file, path] {
+    file = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    return file >= 0;
+  });
+  return file;
+}
 
 bool IsSendFileEnabled() {
   const char* const enabled = std::getenv("MOD_X_SENDFILE_ENABLED");
@@ -31,8 +47,8 @@ bool IsSendFileEnabled() {
 }
 
 // The path as the web server is to open it; empty where it cannot stand in the header
-// as it is: some servers decode "%", none keeps a blank at the end, and a control
-// character has no place in a header.
+// as it is: some servers decode "%" or refuse malformed UTF-8, none keeps a blank at the
+// end, and a control character has no place in a header.
 std::string SendFilePath(const char* path) {
   char* const resolved = realpath(path, nullptr);
   if (resolved == nullptr) {
@@ -40,11 +56,9 @@ std::string SendFilePath(const char* path) {
   }
   std::string text = resolved;
   std::free(resolved);
-  const auto is_misread = [](char c) {
-    return c == '%' || c == '\x7F' || static_cast<unsigned char>(c) < ' ';
-  };
-  return text.back() == ' ' || std::any_of(text.begin(), text.end(), is_misread) ? std::string()
-                                                                                 : text;
+  const bool is_read_alike =
+      text.back() != ' ' && text.find('%') == std::string::npos && ORBO::UTF8::IsPrintable(text);
+  return is_read_alike ? text : std::string();
 }
 
 std::string Hexadecimal(unsigned long long number) {
@@ -122,7 +136,7 @@ int HTTPFileOutputer::Output(const char* path, const char* mime_type) {
   if (path == nullptr) {
     return -EINVAL;
   }
-  const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const Descriptor file(OpenToSend(path));
   struct stat status {};
   if (!file.IsOpen() || fstat(file.get(), &status) != 0) {
     return -errno;

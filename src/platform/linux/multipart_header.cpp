@@ -29,18 +29,6 @@ std::string WithQuotes(std::string text) {
   return text;
 }
 
-bool IsCleanUTF8(std::string_view text) {
-  while (!text.empty()) {
-    const auto first = static_cast<unsigned char>(text.front());
-    const std::size_t length = first < 0x80 ? 1 : UTF8::CharacterLength(text);
-    if (length == 0 || first < ' ' || first == 0x7f) {
-      return false;
-    }
-    text.remove_prefix(length);
-  }
-  return true;
-}
-
 // An extended value (RFC 5987): charset, language and percent-encoded text.
 bool DecodeExtended(const std::string& value, std::string& out) {
   const std::size_t language = value.find('\'');
@@ -50,7 +38,7 @@ bool DecodeExtended(const std::string& value, std::string& out) {
     return false;
   }
   out = WebAPIUtil::URLDecode(value.substr(text + 1), true);
-  return IsCleanUTF8(out);
+  return UTF8::IsPrintable(out);
 }
 
 // What follows the last separator of either system.  Never a name that leads

@@ -5,17 +5,11 @@
 
 #include <cerrno>
 
-#include "platform/linux/base64url.h"
-#include "platform/linux/random.h"
+#include "platform/linux/abandoned_files.h"
 #include "platform/linux/stored_files.h"
 #include "util/write_file.h"
 
 namespace ORBO {
-namespace {
-
-constexpr std::size_t kRandomBytes = 18;
-
-}  // namespace
 
 StoredFile::~StoredFile() {
   if (!is_kept_ && !path_.empty()) {
@@ -24,7 +18,7 @@ StoredFile::~StoredFile() {
 }
 
 bool StoredFile::Create(const std::string& directory) {
-  path_ = directory + "/upload-" + Base64Url(RandomBytes(kRandomBytes));
+  path_ = directory + "/" + TemporaryFileName();
   if (!StoredFiles::Add(path_)) {
     errno = ENOMEM;
     return false;

@@ -1,13 +1,13 @@
 #include <unistd.h>
 
-#include <cstring>
 #include <new>
 #include <string>
 
 #include "platform/cgi.h"
+#include "platform/linux/abandoned_files.h"
 #include "platform/linux/cgi_variables.h"
 #include "platform/linux/stored_files.h"
-#include "platform/linux/upload_stream.h"
+#include "platform/linux/upload_steps.h"
 #include "platform/upload.h"
 
 namespace {
@@ -21,18 +21,25 @@ UploadStream& Body() {
   return body;
 }
 
-// Calls `load` with the body.  Without memory nobody knows how far it was read.
+// False from an exception on, for lack of memory or of the callback for progress:
+// nobody knows how far the body was read.
+bool g_is_usable = true;
+
+// Calls `load` with the body.
 template <typename Load>
-int WithBody(Load load) {
-  static bool has_memory = true;
-  try {
-    if (has_memory) {
-      return load(Body());
-    }
-  } catch (const std::bad_alloc&) {
-    has_memory = false;
+int WithBody(OrboCgiUploadProgress progress, Load load) {
+  if (!g_is_usable) {
+    return kUploadNoMemory;
   }
-  return kUploadNoMemory;
+  g_is_usable = false;
+  try {
+    Body().SetProgress(progress);
+    const int result = load(Body());
+    g_is_usable = true;
+    return result;
+  } catch (const std::bad_alloc&) {
+    return kUploadNoMemory;
+  }
 }
 
 QLIBSZHASH& TableOf(OrboCgi& cgi) {
@@ -45,43 +52,20 @@ QLIBSZHASH& TableOf(OrboCgi& cgi) {
   return *cgi.parameters;
 }
 
-// Tells of the file that comes next, if one does.  The result is the body's from
-// there on: to look at the file may show that it is cut short.
-int TellFile(UploadStream& body, OrboCgiUploadState& state, unsigned char& loaded,
-             std::string& field_name, std::string& file_name) {
-  state.size = body.File() == nullptr ? 0 : body.MostContent();
-  const ORBO::PartHeader* const file = body.File();
-  field_name = file == nullptr ? "" : file->name;
-  file_name = file == nullptr ? "" : *file->file_name;
-  const int result = body.Finish();
-  loaded = result == kUploadLoaded ? 1 : 0;
-  return result;
-}
-
 }  // namespace
 
 int OrboCgiLoadUploadNumParams(OrboCgi* cgi, int /*count*/, int /*flags*/,
                                OrboCgiBodyPositions* positions, char* buffer, std::size_t size) {
-  return WithBody([&](UploadStream& body) {
-    const int result = body.ReadFields(TableOf(*cgi));
-    positions->next = body.boundary_position();
-    positions->end = body.length();
-    if (size > 0) {
-      const ORBO::PartHeader* const file = body.File();
-      const std::string name = file != nullptr && file->name.size() < size ? file->name : "";
-      std::memcpy(buffer, name.c_str(), name.size() + 1);
-    }
-    return result;
+  return WithBody(nullptr, [&](UploadStream& body) {
+    return ORBO::LoadLeadingFields(body, TableOf(*cgi), *positions, buffer, size);
   });
 }
 
 int OrboCgiLoadUploadParams(OrboCgi* cgi, OrboCgiUploadProgress progress, OrboCgiUploadState* state,
                             unsigned char* loaded, std::string* field_name,
                             std::string* file_name) {
-  state->result = WithBody([&](UploadStream& body) {
-    body.SetProgress(progress);
-    body.ReadFields(TableOf(*cgi));
-    return TellFile(body, *state, *loaded, *field_name, *file_name);
+  state->result = WithBody(progress, [&](UploadStream& body) {
+    return ORBO::LoadFields(body, TableOf(*cgi), {state, loaded, field_name, file_name});
   });
   return state->result;
 }
@@ -89,31 +73,19 @@ int OrboCgiLoadUploadParams(OrboCgi* cgi, OrboCgiUploadProgress progress, OrboCg
 int OrboCgiLoadUploadFileToDir(OrboCgi* cgi, const char* directory, OrboCgiUploadProgress progress,
                                OrboCgiUploadState* state, unsigned char* loaded,
                                std::string* field_name, std::string* file_name) {
-  state->result = WithBody([&](UploadStream& body) {
-    if (body.File() == nullptr) {
-      return body.Fail(kUploadMalformed);
-    }
-    QLIBSZHASH& table = TableOf(*cgi);
-    std::string key;
-    body.SetProgress(progress);
-    body.StoreFile(directory, table, table, key);
-    body.ReadFields(table);
-    const int result = TellFile(body, *state, *loaded, *field_name, *file_name);
-    if (result != kUploadLoaded && !key.empty()) {
-      ORBO::StoredFiles::Remove(table.pairs[key]);
-      table.pairs.erase(key);
-    }
-    return result;
+  state->result = WithBody(progress, [&](UploadStream& body) {
+    return ORBO::LoadFile(body, directory, TableOf(*cgi), {state, loaded, field_name, file_name});
   });
   return state->result;
 }
 
 int OrboCgiLoadUploadAll(QLIBSZHASH* const* tables, const char* directory,
                          OrboCgiUploadProgress progress, int /*flags*/) {
-  return WithBody([&](UploadStream& body) {
-    body.SetProgress(progress);
+  return WithBody(progress, [&](UploadStream& body) {
     return body.ReadAll(directory, *tables[0], *tables[1]);
   });
 }
+
+void OrboCgiSweepUploads(const char* directory) { ORBO::RemoveAbandonedFiles(directory); }
 
 bool OrboCgiIsStoredFile(const std::string& path) { return ORBO::StoredFiles::Has(path); }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "platform/linux/abandoned_files.h"
 #include "platform/linux/platform_conf.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -33,6 +34,7 @@ int VolumeAvailGet(unsigned long long size, QLIBVOLUME* volume, int* reason, int
     *reason = 1;
     setting.erase(setting.find_last_not_of('/') + 1);
     const std::string path = ORBO::RootedPath(setting);
+    ORBO::RemoveAbandonedFiles(path + kVolumeUploads);
     if (HasRoom(path + "/", size)) {
       volume->mount_path = path;
       return 1;

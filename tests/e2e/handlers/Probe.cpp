@@ -13,6 +13,7 @@
 #include <webapi/APITable.h>
 #include <webapi/APIUpload.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -215,18 +216,29 @@ long PeakMemory() {
 
 void Upload(APIRequest* request, APIResponse* response) {
   if (TextParam(request, "crash") != "") {
-    std::abort();
+    raise(TextParam(request, "crash") == "killed" ? SIGKILL : SIGABRT);
   }
   Json::Value data = Received(request->GetParam("", Json::Value(Json::objectValue)));
   data["call"] = request->GetAPIClass() + "." + request->GetAPIMethod();
   response->SetSuccess(data);
 }
 
+void Leave(APIRequest*, APIResponse* response) {
+  response->SetSuccess();
+  std::exit(0);
+}
+
+void Hang(APIRequest*, APIResponse*) { pause(); }
+
 // Takes an upload apart itself, in as many steps as it has files.
 void Deferred(APIRequest* request, APIResponse* response) {
   ORBO::APIUpload upload(request);
   Json::Value steps(Json::arrayValue);
   Json::Value params(Json::objectValue);
+  if (TextParam(request, "interrupt") != "") {
+    upload.SetUploadCallback([](unsigned long long, unsigned long long) { throw 5; });
+    steps.append(upload.GetUploadAll(params, nullptr));
+  }
   int result = upload.GetUploadFile(params);
   if (TextParam(request, "all") != "") {
     result = upload.GetUploadAll(params, nullptr);
@@ -282,6 +294,7 @@ std::vector<ORBO::_tag_API_TABLE> Methods() {
       {kProbe, 1, "inside", Inside},     {"ORBO.Test.Open", 1, "echo", Echo},
       {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
       {kFree, 1, "touch", Touch},        {kPermission, 1, "work", Work},
+      {kProbe, 1, "leave", Leave},       {kProbe, 1, "hang", Hang},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
                              "normal.local", "normal.domain", "normal.ldap"}) {

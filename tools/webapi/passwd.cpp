@@ -31,18 +31,8 @@ constexpr char kDetails[] =
 // What a check of passwords takes.
 constexpr std::size_t kLongestPassword = 511;
 
-// A password, gone from memory with this object.
-struct Password {
-  Password() = default;
-  ~Password() { Cleanse(text); }
-  Password(const Password&) = delete;
-  Password& operator=(const Password&) = delete;
-
-  std::string text;
-};
-
 // Each reads a password; false, after a complaint, if there is none to use.
-bool ReadFromInput(Password& password) {
+bool ReadFromInput(SecretText& password) {
   if (!ReadLine(STDIN_FILENO, kLongestPassword, password.text)) {
     Complain("no password, or one of more than 511 bytes, on the standard input");
     return false;
@@ -50,8 +40,8 @@ bool ReadFromInput(Password& password) {
   return true;
 }
 
-bool ReadFromTerminal(Password& password) {
-  Password again;
+bool ReadFromTerminal(SecretText& password) {
+  SecretText again;
   TerminalPrompt terminal;
   if (!terminal.IsOpen()) {
     Complain("there is no terminal to ask at; use --stdin");
@@ -91,7 +81,7 @@ ExitCode Run(const Arguments& arguments) {
   if (arguments.Has("remove")) {
     return RemoveUser(user);
   }
-  Password password;
+  SecretText password;
   if (!(arguments.Has("stdin") ? ReadFromInput(password) : ReadFromTerminal(password))) {
     return kFailed;
   }

@@ -86,6 +86,10 @@ int OrboCgiLoadUploadAll(QLIBSZHASH* const* tables, const char* directory,
   });
 }
 
-void OrboCgiSweepUploads(const char* directory) { ORBO::RemoveAbandonedFiles(directory); }
+void OrboCgiSweepUploads(const char* directory) {
+  if (directory != nullptr) {
+    ORBO::RemoveAbandonedFiles(directory);
+  }
+}
 
 bool OrboCgiIsStoredFile(const std::string& path) { return ORBO::StoredFiles::Has(path); }

@@ -10,6 +10,16 @@ install(TARGETS webapi
 
 set(webapi_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/webapi-KEP5")
 install(EXPORT webapi-KEP5Targets NAMESPACE ORBO:: DESTINATION "${webapi_package_dir}")
+export(EXPORT webapi-KEP5Targets NAMESPACE ORBO::)
+# The component "testing", for the authors of handlers.
+if(TARGET webapi_testing)
+  install(TARGETS webapi_testing
+    EXPORT webapi-KEP5TestingTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT webapi-KEP5TestingTargets NAMESPACE ORBO:: DESTINATION "${webapi_package_dir}")
+  export(EXPORT webapi-KEP5TestingTargets NAMESPACE ORBO::)
+endif()
 configure_package_config_file(
   "${PROJECT_SOURCE_DIR}/cmake/webapi-KEP5Config.cmake.in"
   "${PROJECT_BINARY_DIR}/webapi-KEP5Config.cmake"
@@ -17,10 +27,15 @@ configure_package_config_file(
   NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/webapi-KEP5ConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
+# A build tree is a package, too, found by CMAKE_PREFIX_PATH.
+foreach(module WebapiHandler WebapiHandlerTest)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${module}.cmake" "${PROJECT_BINARY_DIR}" COPYONLY)
+endforeach()
 install(FILES
   "${PROJECT_BINARY_DIR}/webapi-KEP5Config.cmake"
   "${PROJECT_BINARY_DIR}/webapi-KEP5ConfigVersion.cmake"
-  "${PROJECT_SOURCE_DIR}/cmake/WebapiHandler.cmake"
+  "${PROJECT_BINARY_DIR}/WebapiHandler.cmake"
+  "${PROJECT_BINARY_DIR}/WebapiHandlerTest.cmake"
   DESTINATION "${webapi_package_dir}")
 
 # The prefix is found from the file's own place, so that the tree can be moved.

@@ -159,6 +159,12 @@ void Sandbox::Clear() const {
   RemoveContent(Path("/run/orbo/tasks"));
   // Killed attempts to log in count as failed ones, and lock.
   RemoveContent(Path("/run/orbo/logins"));
+  // Every login looks at all sessions.
+  for (const fs::path& path : Files(Path("/run/orbo/sessions"))) {
+    if (path.filename() != session_) {
+      fs::remove(path);
+    }
+  }
   RemoveContent(Path("/var/lib/orbo/share"));
 }
 

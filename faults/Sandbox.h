@@ -35,7 +35,8 @@ class Sandbox {
   Request Login() const;
   Request Counted() const;
 
-  // Forgets tasks and shared files, so that a run finds what the one before found.
+  // Forgets tasks, shared files, logins and other sessions, so that a run finds what the one before
+  // found.
   void Clear() const;
   // What is wrong with the stored state: a file that is neither as before nor whole, or
   // an upload that nobody will ever use.  Empty if nothing is.

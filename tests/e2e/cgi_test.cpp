@@ -49,7 +49,6 @@ class CgiProgram : public ::testing::Test {
     return output.rfind(head, 0) == 0 ? output.substr(head.size()) : output;
   }
 
- private:
   static inline std::unique_ptr<TestRoot> root;
 };
 
@@ -67,6 +66,27 @@ TEST_F(CgiProgram, WritesTheWholeAnswerInOneForm) {
                 "{\"success\":true}\n");
   EXPECT_EQ(Get(Probe("throws")), type + "X-Before: kept\r\n" + kCacheLines + Failure(117));
   EXPECT_EQ(Run(""), type + kCacheLines + Failure(101));
+}
+
+TEST_F(CgiProgram, OpensTheCryptoLibraryForEncipheredParametersOnly) {
+  const auto loads = [](const std::string& query) {
+    const std::string report = root->RunDirectory() + "/loader";
+    EXPECT_NE(Get(query, "LD_DEBUG=files LD_DEBUG_OUTPUT=" + report).find("\"success\":true"),
+              std::string::npos)
+        << query;
+    return std::system(("cat " + report + ".* > " + report + "; rm " + report + ".*; " +
+                        "grep -q 'libcrypto.*generating link map' " + report)
+                           .c_str()) == 0;
+  };
+  const std::string sealed = root->RunDirectory() + "/sealed";
+  ASSERT_EQ(std::system(("WEBAPI_ROOT=" + root->path() + " " E2E_COMMAND " encrypt '" +
+                         Probe("echo", "a=1") + "' | tr -d '\\n' > " + sealed)
+                            .c_str()),
+            0);
+  EXPECT_FALSE(loads(Probe("echo", "a=1")));
+  EXPECT_FALSE(loads(Probe("echo", "a=__cIpHeRtExT")));
+  EXPECT_TRUE(loads(ReadFile(sealed)));
+  EXPECT_FALSE(loads("api=ORBO.ParameterKey&version=1&method=get")) << "the key is there";
 }
 
 TEST_F(CgiProgram, ReadsAFormForPostAlone) {

@@ -84,7 +84,13 @@ TEST_P(Responses, ShowThatNoHeaderReachesATrustedName) {
             Success(R"({"address":"127.0.0.1","task":false})"));
 }
 
-TEST_P(Responses, AreGivenForProgramsOnly) {
+TEST_P(Responses, AreGivenForProgramsThePageAndTheClientOnly) {
+  const HttpResponse page = server().Send("GET", "/webapi/share.html");
+  EXPECT_EQ(page.status, 200);
+  EXPECT_EQ(page.Headers("Content-Type"), Lines{"text/html; charset=utf-8"});
+  EXPECT_EQ(page.Headers("X-Frame-Options"), Lines{"DENY"});
+  EXPECT_EQ(server().Send("GET", "/webapi/webapi.mjs").Headers("Content-Type"),
+            Lines{"text/javascript; charset=utf-8"});
   for (const char* target : {"/webapi/",
                              "/webapi",
                              "/",
@@ -105,7 +111,11 @@ TEST_P(Responses, AreGivenForProgramsOnly) {
                              "/webapi/../outside.lib",
                              "/webapi/%2e%2e/outside.lib",
                              "/webapi../outside.lib",
-                             "/webapi/lib.def?x=.cgi"}) {
+                             "/webapi/lib.def?x=.cgi",
+                             "/webapi/share.html/x",
+                             "/webapi/share.htm",
+                             "/webapi/xshare.html",
+                             "/webapi/x/share.html"}) {
     SCOPED_TRACE(target);
     const HttpResponse response = server().Send("GET", target);
     EXPECT_TRUE(response.status >= 400 && response.status < 500) << response.status;

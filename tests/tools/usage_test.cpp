@@ -51,6 +51,14 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
                                 "call ORBO.A get --version 0",
                                 "call ORBO.A get --user a/b",
                                 "list ORBO.A ORBO.B",
+                                "new",
+                                "new Weather",
+                                "new ORBO..A",
+                                "new ORBO.A.",
+                                "new ORBO.5",
+                                "new ORBO.a/b",
+                                "new A.B.C.D.E.F",
+                                "new ORBO.Session",
                                 "passwd",
                                 "passwd a:b --remove",
                                 "passwd a --stdin --remove"}) {
@@ -66,9 +74,9 @@ TEST_F(Usage, WrongCommandLinesDoNothing) {
 }
 
 TEST_F(Usage, HelpIsThereForEveryCommand) {
-  for (const char* command :
-       {"", " call", " list", " session", " session open", " session list", " session show",
-        " session close", " token", " token create", " token list", " token revoke", " passwd"}) {
+  for (const char* command : {"", " call", " list", " session", " session open", " session list",
+                              " session show", " session close", " token", " token create",
+                              " token list", " token revoke", " passwd", " new"}) {
     SCOPED_TRACE(command);
     const std::string help = Output(command + std::string(" --help"));
     EXPECT_THAT(help, StartsWith(std::string("usage: webapi") + command));

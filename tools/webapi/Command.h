@@ -53,6 +53,7 @@ extern const Command kEncrypt;
 extern const Command kPasswd;
 extern const Command kCall;
 extern const Command kList;
+extern const Command kNew;
 extern const Command kTask;
 extern const Command kTaskList;
 extern const Command kTaskStatus;

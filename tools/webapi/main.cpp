@@ -10,10 +10,11 @@ namespace {
 
 using ORBO::tool::Command;
 
-constexpr const Command* kCommands[] = {
-    &ORBO::tool::kCall,    &ORBO::tool::kList,   &ORBO::tool::kSession,
-    &ORBO::tool::kToken,   &ORBO::tool::kPasswd, &ORBO::tool::kKey,
-    &ORBO::tool::kEncrypt, &ORBO::tool::kTask,   nullptr};
+constexpr const Command* kCommands[] = {&ORBO::tool::kCall,    &ORBO::tool::kList,
+                                        &ORBO::tool::kSession, &ORBO::tool::kToken,
+                                        &ORBO::tool::kPasswd,  &ORBO::tool::kKey,
+                                        &ORBO::tool::kEncrypt, &ORBO::tool::kTask,
+                                        &ORBO::tool::kNew,     nullptr};
 
 constexpr ORBO::tool::Option kOptions[] = {
     {"version", nullptr, "print the version"},
@@ -34,7 +35,8 @@ constexpr char kDetails[] =
 
 constexpr Command kRoot = {
     "webapi",
-    "Calls web APIs, and manages their sessions, tokens, passwords, keys and tasks",
+    "Calls web APIs, manages their sessions, tokens, passwords, keys and tasks, and begins new "
+    "ones",
     "COMMAND",
     1,
     ORBO::tool::kAnyNumber,

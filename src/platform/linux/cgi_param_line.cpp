@@ -7,7 +7,6 @@
 #include "platform/linux/cleanse.h"
 #include "platform/linux/param_piece.h"
 #include "platform/linux/parameter_cipher.h"
-#include "platform/linux/parameter_format.h"
 #include "platform/linux/wall_clock.h"
 #include "platform/webapi_util.h"
 
@@ -43,13 +42,14 @@ void AppendPairs(std::string_view line, PlainPairs& out) {
 // False if what is enciphered cannot be opened; `line` is unchanged then.
 bool OpenInPlace(char* line) {
   PlainPairs pairs;
+  pairs.line.reserve(std::strlen(line));  // growing would leave copies behind
   AppendPairs(line, pairs);
   if (pairs.sealed_count == 0) {
     // The name stands somewhere else, as in a nested object.
     return true;
   }
   SecretText opened;
-  if (!OpenSealedText(kLineTag, SealedText(pairs.sealed), WallClock(), opened.text)) {
+  if (!OpenLine(SealedText(pairs.sealed), WallClock(), opened.text)) {
     return false;
   }
   AppendPairs(opened.text, pairs);

@@ -5,15 +5,13 @@
 
 #include "platform/linux/cleanse.h"
 #include "platform/linux/parameter_cipher.h"
-#include "platform/linux/parameter_format.h"
 #include "platform/linux/wall_clock.h"
 
 using ORBO::SecretText;
 
 int OrboCgiDecryptParam(char* text) {
   SecretText line;
-  if (text == nullptr ||
-      !ORBO::OpenSealedText(ORBO::kLineTag, text, ORBO::WallClock(), line.text)) {
+  if (text == nullptr || !ORBO::OpenLine(text, ORBO::WallClock(), line.text)) {
     return 0;
   }
   std::memcpy(text, line.text.c_str(), line.text.size() + 1);
@@ -26,9 +24,8 @@ int ORBOKptokenGenerateToken(const char* token, char* key_buffer, int size) {
   }
   key_buffer[0] = '\0';
   SecretText key;
-  if (token == nullptr ||
-      !ORBO::OpenSealedText(ORBO::kKeyTextTag, token, ORBO::WallClock(), key.text) ||
-      !ORBO::IsKeyText(key.text) || key.text.size() >= static_cast<std::size_t>(size)) {
+  if (token == nullptr || !ORBO::OpenKeyText(token, ORBO::WallClock(), key.text) ||
+      key.text.size() >= static_cast<std::size_t>(size)) {
     return -1;
   }
   std::memcpy(key_buffer, key.text.c_str(), key.text.size() + 1);
@@ -39,7 +36,7 @@ namespace ORBO::CredRequestUtil {
 
 bool GetDecryptAESString(const std::string& key, const std::string& cipher_text,
                          std::string& plain_text) {
-  return OpenSealedLine(key, cipher_text, WallClock(), plain_text);
+  return OpenLineByKeyText(key, cipher_text, WallClock(), plain_text);
 }
 
 }  // namespace ORBO::CredRequestUtil

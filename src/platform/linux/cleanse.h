@@ -5,9 +5,10 @@
 
 namespace ORBO {
 
-// Overwrites a secret and empties the string.  The compiler may not leave this
-// out, though the memory is not read any more.
+// Overwrites a secret, with what a longer text has left behind it, and empties the
+// string.  The compiler may not leave this out, though the memory is not read any more.
 inline void Cleanse(std::string& secret) {
+  secret.resize(secret.capacity());
   explicit_bzero(secret.data(), secret.size());
   secret.clear();
 }

@@ -22,8 +22,8 @@ struct CryptoModule {
   // The point of a public key, or of a private key's public half: 65 bytes,
   // uncompressed.  False for a key of another kind.
   bool (*public_point)(std::string_view pem, std::string& point);
-  // ECDH: the x coordinate of the point that the private key and another's `point`
-  // make, 32 bytes.  False where `point` is not an uncompressed one on the curve.
+  // ECDH: the x coordinate of the point that a private key as made here and another's
+  // `point` make, 32 bytes.  False where `point` is not an uncompressed one on the curve.
   bool (*agree)(std::string_view private_pem, std::string_view point, std::string& secret);
 
   // AES-256-GCM: the enciphered text with the tag of 16 bytes behind it, and back.

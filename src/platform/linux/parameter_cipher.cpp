@@ -1,8 +1,5 @@
 #include "platform/linux/parameter_cipher.h"
 
-#include <chrono>
-#include <cstdlib>
-
 #include "platform/linux/base64url.h"
 #include "platform/linux/cleanse.h"
 #include "platform/linux/parameter_format.h"
@@ -12,24 +9,7 @@
 namespace ORBO {
 namespace {
 
-// More than any page puts into one request; each takes some of a millisecond, and a
-// mark that stays.
-constexpr int kMostInASecond = 64;
-
 constexpr std::size_t kCoordinateSize = (kPointSize - 1) / 2;
-
-// Whether this process has opened less than the most for a second.
-bool MayOpen() {
-  using Clock = std::chrono::steady_clock;
-  static Clock::time_point begin;
-  static int count = 0;
-  const Clock::time_point now = Clock::now();
-  if (now - begin >= std::chrono::seconds(1)) {
-    begin = now;
-    count = 0;
-  }
-  return ++count <= kMostInASecond;
-}
 
 struct SealedText {
   std::string key_id;
@@ -93,26 +73,30 @@ bool OpenByKeyText(std::string_view key_text, std::string_view sealed, std::int6
          crypto->open(key.text, iv, kPairTag, body, line) && Accept("i" + Base64Url(iv), now, line);
 }
 
-}  // namespace
-
-bool OpenSealedText(std::string_view tag, std::string_view sealed, std::int64_t now,
-                    std::string& text) {
-  text.clear();
-  if (MayOpen() && OpenForKey(tag, sealed, now, text)) {
-    return true;
+// What could not be opened as a whole is not given away.
+bool Finish(bool is_open, std::string& text) {
+  if (!is_open) {
+    Cleanse(text);
   }
-  Cleanse(text);
-  return false;
+  return is_open;
 }
 
-bool OpenSealedLine(std::string_view key_text, std::string_view sealed, std::int64_t now,
-                    std::string& line) {
+}  // namespace
+
+bool OpenLine(std::string_view sealed, std::int64_t now, std::string& line) {
   line.clear();
-  if (OpenByKeyText(key_text, sealed, now, line)) {
-    return true;
-  }
-  Cleanse(line);
-  return false;
+  return Finish(OpenForKey(kLineTag, sealed, now, line), line);
+}
+
+bool OpenKeyText(std::string_view sealed, std::int64_t now, std::string& key_text) {
+  key_text.clear();
+  return Finish(OpenForKey(kKeyTextTag, sealed, now, key_text) && IsKeyText(key_text), key_text);
+}
+
+bool OpenLineByKeyText(std::string_view key_text, std::string_view sealed, std::int64_t now,
+                       std::string& line) {
+  line.clear();
+  return Finish(OpenByKeyText(key_text, sealed, now, line), line);
 }
 
 }  // namespace ORBO

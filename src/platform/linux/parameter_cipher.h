@@ -16,13 +16,14 @@ namespace ORBO {
 // clocks differ.
 inline constexpr std::int64_t kMessageWindow = 300000;
 
-// Opens, once, a message that was sealed with `tag` for one of this system's keys.  A
-// message holds no NUL.
-bool OpenSealedText(std::string_view tag, std::string_view sealed, std::int64_t now,
-                    std::string& text);
+// Each opens a message once.  A text holds no NUL.
 
-// Opens, once, a parameter line that was enciphered by a key text.
-bool OpenSealedLine(std::string_view key_text, std::string_view sealed, std::int64_t now,
-                    std::string& line);
+// A line, or a key text, that was sealed for one of this system's keys.
+bool OpenLine(std::string_view sealed, std::int64_t now, std::string& line);
+bool OpenKeyText(std::string_view sealed, std::int64_t now, std::string& key_text);
+
+// A line that was enciphered by a key text.
+bool OpenLineByKeyText(std::string_view key_text, std::string_view sealed, std::int64_t now,
+                       std::string& line);
 
 }  // namespace ORBO

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -32,12 +33,27 @@ constexpr std::int64_t kKept = 2 * kMessageWindow / kSecond;
 // Anybody may send messages, and the directory lies in memory.
 constexpr std::size_t kMostMarks = 65536;
 constexpr std::size_t kMostDeleted = 4096;
+// More than any page puts into one request.
+constexpr int kMostInASecond = 64;
 
 // Its time is that of the last sweep; it is empty unless there were too many marks.
 constexpr char kSweepFile[] = ".swept";
 constexpr std::time_t kSweepPause = 10;
 constexpr off_t kRoom = 0;
 constexpr off_t kNoRoom = 1;
+
+// Whether this process has made less than the most for a second.
+bool MayMark() {
+  using Clock = std::chrono::steady_clock;
+  static Clock::time_point begin;
+  static int count = 0;
+  const Clock::time_point now = Clock::now();
+  if (now - begin >= std::chrono::seconds(1)) {
+    begin = now;
+    count = 0;
+  }
+  return ++count <= kMostInASecond;
+}
 
 // A mark's name begins with the second in which its message was sent.
 std::string MarkName(const std::string& name, std::int64_t sent) {
@@ -99,7 +115,7 @@ bool MarkMessage(const std::string& name, std::int64_t sent, std::int64_t now) {
     Log(LOG_ERR, "%s:%d cannot mark messages: %s", kSource, __LINE__, std::strerror(errno));
     return false;
   }
-  if (!HasRoom(directory, now)) {
+  if (!MayMark() || !HasRoom(directory, now)) {
     Log(LOG_ERR, "%s:%d too many enciphered messages", kSource, __LINE__);
     return false;
   }

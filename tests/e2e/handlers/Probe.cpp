@@ -223,6 +223,13 @@ void Upload(APIRequest* request, APIResponse* response) {
   response->SetSuccess(data);
 }
 
+void Leave(APIRequest*, APIResponse* response) {
+  response->SetSuccess();
+  std::exit(0);
+}
+
+void Hang(APIRequest*, APIResponse*) { pause(); }
+
 // Takes an upload apart itself, in as many steps as it has files.
 void Deferred(APIRequest* request, APIResponse* response) {
   ORBO::APIUpload upload(request);
@@ -287,6 +294,7 @@ std::vector<ORBO::_tag_API_TABLE> Methods() {
       {kProbe, 1, "inside", Inside},     {"ORBO.Test.Open", 1, "echo", Echo},
       {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
       {kFree, 1, "touch", Touch},        {kPermission, 1, "work", Work},
+      {kProbe, 1, "leave", Leave},       {kProbe, 1, "hang", Hang},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
                              "normal.local", "normal.domain", "normal.ldap"}) {

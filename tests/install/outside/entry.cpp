@@ -1,9 +1,0 @@
-#include <json/json.h>
-#include <webapi/WebEntry.h>
-
-int main(int argc, char** argv) {
-  ORBO::WebEntry entry;
-  entry.SetArgs(argc, argv);
-  entry.Run(Json::Value());
-  return 0;
-}

@@ -26,29 +26,23 @@ void Require(bool holds) {
 }
 
 // In memory; goes with the process.
-class Directory {
- public:
-  Directory() { Require(mkdtemp(path_.data()) != nullptr); }
-  ~Directory() { std::filesystem::remove(path_); }
-  Directory(const Directory&) = delete;
-  Directory& operator=(const Directory&) = delete;
+const char* Directory() {
+  static std::string path = "/dev/shm/webapi-fuzz-XXXXXX";
+  static const bool is_made =
+      mkdtemp(path.data()) != nullptr && std::atexit([] { std::filesystem::remove(path); }) == 0;
+  Require(is_made);
+  return path.c_str();
+}
 
-  const char* path() const { return path_.c_str(); }
-  // The bytes in all files, which are regular ones; their number in `count`.
-  std::uintmax_t Size(std::size_t& count) const {
-    std::uintmax_t size = 0;
-    count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-      Require(entry.is_regular_file());
-      size += entry.file_size();
-      ++count;
-    }
-    return size;
+// The number of the files stored there, and their size.
+std::pair<long, std::uintmax_t> Stored() {
+  std::pair<long, std::uintmax_t> stored;
+  for (const auto& entry : std::filesystem::directory_iterator(Directory())) {
+    ++stored.first;
+    stored.second += entry.file_size();
   }
-
- private:
-  std::string path_ = "/dev/shm/webapi-fuzz-XXXXXX";
-};
+  return stored;
+}
 
 unsigned long long g_done = 0;
 
@@ -60,7 +54,7 @@ void CheckProgress(unsigned long long done, unsigned long long total) {
 enum class Steps { kAll, kFieldsThenAll, kFileByFile };
 
 // Loads what comes next as long as that is a file.
-int LoadFiles(ORBO::UploadStream& body, const Directory& directory, QLIBSZHASH& table) {
+int LoadFiles(ORBO::UploadStream& body, QLIBSZHASH& table) {
   OrboCgiUploadState state;
   unsigned char loaded = 0;
   std::string field_name;
@@ -68,11 +62,10 @@ int LoadFiles(ORBO::UploadStream& body, const Directory& directory, QLIBSZHASH& 
   const ORBO::NextFile next = {&state, &loaded, &field_name, &file_name};
   int result = ORBO::LoadFields(body, table, next);
   while (result == kUploadLoaded && body.File() != nullptr) {
-    std::size_t count = 0;
     const std::uintmax_t most = state.size;
-    const std::uintmax_t before = directory.Size(count);
-    result = ORBO::LoadFile(body, directory.path(), table, next);
-    const std::uintmax_t size = directory.Size(count) - before;
+    const std::uintmax_t before = Stored().second;
+    result = ORBO::LoadFile(body, Directory(), table, next);
+    const std::uintmax_t size = Stored().second - before;
     Require(size <= most && (result != kUploadLoaded || (size == 0) == (most == 0)));
     Require(loaded == (result == kUploadLoaded ? 1 : 0));
   }
@@ -81,7 +74,6 @@ int LoadFiles(ORBO::UploadStream& body, const Directory& directory, QLIBSZHASH& 
 
 // The result and, of a success, the parameters, files by their content.
 std::string Read(const std::string& type, std::string_view content, Steps steps) {
-  static const Directory directory;
   const ORBO::Descriptor file(memfd_create("body", MFD_CLOEXEC));
   Require(file.IsOpen() && ORBO::WriteAll(file.get(), content) &&
           lseek(file.get(), 0, SEEK_SET) == 0);
@@ -99,14 +91,13 @@ std::string Read(const std::string& type, std::string_view content, Steps steps)
             std::string_view(name).size() < sizeof name);
   }
   if (steps == Steps::kFileByFile && result == kUploadLoaded) {
-    result = LoadFiles(body, directory, fields);
+    result = LoadFiles(body, fields);
   }
-  const int last = body.ReadAll(directory.path(), fields, paths);
+  const int last = body.ReadAll(Directory(), fields, paths);
   Require(result == kUploadLoaded || result == last);
 
-  std::size_t count = 0;
-  Require(directory.Size(count) <= content.size());
-  Require(last != kUploadLoaded || g_done == content.size());
+  auto [count, size] = Stored();
+  Require(size <= content.size() && (last != kUploadLoaded || g_done == content.size()));
   std::string text = std::to_string(last);
   for (QLIBSZHASH* const table : {&fields, &paths}) {
     for (auto& [key, value] : table->pairs) {

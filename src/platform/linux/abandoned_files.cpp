@@ -22,7 +22,7 @@ constexpr std::string_view kPrefix = "upload-";
 constexpr std::size_t kRandomBytes = 18;
 constexpr std::size_t kRandomLength = 24;
 constexpr int kMostEntries = 10000;
-constexpr std::time_t kLongestUse = 24 * 60 * 60;
+constexpr std::time_t kLongestUse = 86400;  // a day
 
 // A process with what its id is valid in.
 struct Creator {

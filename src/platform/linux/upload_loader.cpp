@@ -87,7 +87,11 @@ int OrboCgiLoadUploadAll(QLIBSZHASH* const* tables, const char* directory,
   });
 }
 
-void OrboCgiSweepUploads(const char* directory) { ORBO::RemoveAbandonedFiles(directory); }
+void OrboCgiSweepUploads(const char* directory) {
+  if (directory != nullptr) {
+    ORBO::RemoveAbandonedFiles(directory);
+  }
+}
 
 int ORBO::BeginUploadRest(QLIBSZHASH& fields, std::string& text, UploadBody** rest,
                           std::uint64_t& size) {

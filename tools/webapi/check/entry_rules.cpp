@@ -71,6 +71,7 @@ void CheckTypes(const Subject& subject) {
     Json::ValueType type;
     const char* name;
   } kTypes[] = {{"count", Json::booleanValue, "true or false"},
+                {"skipTimeout", Json::booleanValue, "true or false"},
                 {"requestFormat", Json::stringValue, "a text"},
                 {"appPriv", Json::stringValue, "a text, the name of an application privilege"}};
   for (const auto& row : kTypes) {

@@ -32,8 +32,8 @@ std::size_t EditDistance(const std::string& from, const std::string& to) {
 
 const std::vector<std::string>& EntryKeys() {
   static const std::vector<std::string> kNames = {
-      "lib",       "minVersion", "maxVersion",    "methods", "priority",
-      "authLevel", "allowUser",  "requestFormat", "count",   "appPriv"};
+      "lib",       "minVersion",    "maxVersion", "methods", "priority",   "authLevel",
+      "allowUser", "requestFormat", "count",      "appPriv", "skipTimeout"};
   return kNames;
 }
 

@@ -6,6 +6,9 @@ const kFirstWait = 500;
 const kLongestWait = 5000;
 const kMostFailures = 5;
 
+// The network failed, be it that nothing came in time.
+const isOfTheNetwork = error => error instanceof TransportError || error.name === 'TimeoutError';
+
 /** A background task: look at it, iterate over its states, wait for its result, stop it. */
 export class Task {
   #client;
@@ -46,7 +49,7 @@ export class Task {
         status = await this.status({signal});
         failures = 0;
       } catch (error) {
-        if (!(error instanceof TransportError) || ++failures > kMostFailures) {
+        if (!isOfTheNetwork(error) || ++failures > kMostFailures) {
           throw error;
         }
       }

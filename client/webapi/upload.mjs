@@ -1,5 +1,4 @@
-import {TransportError} from './errors.mjs';
-import {readAnswer, request} from './http.mjs';
+import {failureOf, readAnswer, request} from './http.mjs';
 
 // Browsers tell the progress of uploads by XMLHttpRequest alone.
 function sendByXHR(url, {pieces, size, type}, {signal, onProgress}) {
@@ -8,14 +7,15 @@ function sendByXHR(url, {pieces, size, type}, {signal, onProgress}) {
   }
   return new Promise((resolve, reject) => {
     const xhr = new XMLHttpRequest();
+    const fail = () => reject(failureOf(undefined, 'The upload broke off', signal));
     xhr.upload.addEventListener('progress', ({loaded}) => onProgress?.({loaded, total: size}));
     xhr.addEventListener('load', () => resolve({
       status: xhr.status,
       word: xhr.getResponseHeader('x-request-error'),
       text: xhr.responseText,
     }));
-    xhr.addEventListener('error', () => reject(new TransportError('The upload broke off')));
-    xhr.addEventListener('abort', () => reject(signal.reason));
+    xhr.addEventListener('error', fail);
+    xhr.addEventListener('abort', fail);
     signal.addEventListener('abort', () => xhr.abort());
     xhr.open('POST', url);
     xhr.setRequestHeader('Content-Type', type);

@@ -144,6 +144,9 @@ async function watchesTasks({open}) {
   let last;
   const watch = () => task.result({firstWait: 50, onProgress: progress => (last = progress)});
   const change = (response, count) => (count % 2 ? lost() : response);
+  // Of the first looks nothing comes in time.
+  client.timeout = 1;
+  setTimeout(() => (client.timeout = 120000), 100);
   await intercept(change, async () => equal((await watch()).progress, last, 'result'));
   equal(last.percent, 100, 'progress');
   const other = await client.startTask(kChecksum, 1, 'start', {path: '.'});

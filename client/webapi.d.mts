@@ -132,7 +132,10 @@ export class WebAPIClient {
   autoBatch: boolean;
   timeout: number;
 
-  /** Rejects with WebAPIError, TransportError, EncipherError, or what the signal says. */
+  /**
+   * Rejects with WebAPIError, TransportError, EncipherError, or what the signal says; with
+   * TypeError or RangeError for parameters that JSON cannot say.
+   */
   call<Data = any>(api: string, version: number, method: string, params?: Params,
     options?: CallOptions & { autoBatch?: boolean }): Promise<Data>;
   batch(calls: readonly Call[],

@@ -215,43 +215,55 @@ TEST_F(EncryptedParameters, OneKeyIsMadeHoweverManyComeFirst) {
 
 TEST_F(EncryptedParameters, MarksOfOldMessagesGo) {
   const auto mark = [](const std::string& name) { return Replays() + name; };
+  const std::vector<std::string> over = {"1759999399-old", "1760086401-ahead", "other"};
+  const std::vector<std::string> kept = {"1759999400-young", "1760086400-to-come"};
   ASSERT_TRUE(MarkMessage("first", kSent, kSent));
-  for (const char* name : {"1759999399-old", "1760000601-ahead", "1759999400-young", "other"}) {
-    std::ofstream(mark(name)).flush();
+  for (const auto* names : {&over, &kept}) {
+    for (const std::string& name : *names) {
+      std::ofstream(mark(name)).flush();
+    }
   }
   EXPECT_TRUE(MarkMessage("second", kSent, kSent));
-  EXPECT_TRUE(fs::exists(mark("1759999399-old"))) << "swept too soon";
+  EXPECT_TRUE(fs::exists(mark(over[0]))) << "swept too soon";
   const auto swept = fs::file_time_type::clock::now() - std::chrono::seconds(11);
   fs::last_write_time(mark(".swept"), swept);
   EXPECT_TRUE(MarkMessage("third", kSent, kSent));
-  for (const char* name : {"1759999399-old", "1760000601-ahead", "other"}) {
+  for (const std::string& name : over) {
     EXPECT_FALSE(fs::exists(mark(name))) << name;
   }
-  EXPECT_TRUE(fs::exists(mark("1759999400-young")));
+  for (const std::string& name : kept) {
+    EXPECT_TRUE(fs::exists(mark(name))) << name;
+  }
   EXPECT_FALSE(MarkMessage("first", kSent, kSent));
 }
 
 TEST_F(EncryptedParameters, WhatCannotBeMarkedIsRefused) {
   LogCapture log;
   ASSERT_TRUE(MarkMessage("first", kSent, kSent));
-  std::ofstream(Replays() + ".swept") << "x";  // too many
+  std::ofstream(Replays() + ".swept") << "xx";  // too many
   EXPECT_EQ("", Open(kSealedLine));
+  EXPECT_EQ("", Open(kSealedLine));
+  EXPECT_EQ(1U, log.lines().size()) << "of a flood";
   fs::remove_all(Replays());
   std::ofstream(Root() + "/run/orbo/replays").flush();
   EXPECT_EQ("", Open(kSealedLine));
   fs::remove(Root() + "/run/orbo/replays");
   EXPECT_NE("", Open(kSealedLine));
-  // One process must not fill the directory, either.
-  if (fork() == 0) {
+}
+
+TEST_F(EncryptedParameters, OneProcessGetsNoMoreThanItsShareOfTheMarks) {
+  LogCapture log;
+  // How many are left of this second's, or of the next one's.
+  const auto count_left = [](const std::string& name) {
     int count = 0;
-    while (count < 300 && MarkMessage("m" + std::to_string(count), kSent, kSent)) {
-      ++count;
+    while (MarkMessage(name + std::to_string(count), kSent, kSent) ? ++count > 0 : count == 0) {
     }
-    _exit(count < 300 ? 0 : 1);
-  }
-  int status = -1;
-  wait(&status);
-  EXPECT_EQ(0, status);
+    return count;
+  };
+  // Twice the number where a second ends meanwhile.
+  EXPECT_LE(count_left("any"), 2 * 64);
+  std::ofstream(Replays() + ".swept") << "x";  // many
+  EXPECT_LE(count_left("few"), 2 * 3);
 }
 
 TEST_F(EncryptedParameters, ALineIsOpenedInPlace) {

@@ -1,5 +1,5 @@
 // API names as clients send them: in a directory with whatever may lie beside
-// descriptions they lead to a visible description of that directory, or to none.
+// descriptions they lead to a description of that directory, or to none.
 
 #include <sys/stat.h>
 
@@ -37,17 +37,17 @@ void WriteDescription(const std::string& path, const std::string& name) {
   WriteScratch(path, text + "}");
 }
 
-// Whether a visible file of the directory, by its name, can be read.
+// Whether a file of the directory, by its name, can be read.
 std::map<std::string, bool> MakeDirectory() {
   std::map<std::string, bool> is_readable;
-  for (const std::string name : {"ORBO.lib", "ORBO.A.lib", "ORBO.A.B.lib", "A.B.C.D.E.lib", " .lib",
-                                 "\xff.lib", "~.lib", "ORBO.\n.lib"}) {
+  for (const std::string name :
+       {"ORBO.lib", "ORBO.A.lib", "ORBO.A.B.lib", "A.B.C.D.E.lib", " .lib", "\xff.lib", "~.lib",
+        "ORBO.\n.lib", ".ORBO.lib", ".ORBO.A.lib", "..lib", "...lib"}) {
     WriteDescription("web/" + name, name.find('\n') == std::string::npos ? name : "line");
     is_readable[name] = true;
   }
-  for (const std::string name : {"web/.ORBO.lib", "web/.ORBO.A.lib", "web/.lib", "web/..lib",
-                                 "web/...lib", "web/sub/A.lib", "web/ORBO.Dir.lib/A.lib"}) {
-    WriteDescription(name, "hidden");
+  for (const char* const name : {"web/.lib", "web/sub/A.lib", "web/ORBO.Dir.lib/A.lib"}) {
+    WriteDescription(name, "elsewhere");
   }
   WriteDescription("outside.lib", "ORBO.Link.lib");
   const fs::path web = ScratchDirectory() + "/web";

@@ -2,8 +2,6 @@
 
 #include <glob.h>
 
-#include <string_view>
-
 #include "platform/files.h"
 
 namespace ORBO {
@@ -17,8 +15,7 @@ constexpr char kPattern[] = "*.lib";
 
 std::vector<std::string> DescriptionCandidates(const std::string& api) {
   std::vector<std::string> candidates;
-  if (api.empty() || api.front() == '.' ||
-      api.find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
+  if (api.empty() || api.find('/') != std::string::npos || api.find('\0') != std::string::npos) {
     return candidates;
   }
   std::size_t dot = api.find('.');

@@ -10,9 +10,8 @@ namespace ORBO {
 // are the dot-separated prefixes of the name from the second dot on and the
 // name itself, with ".lib" behind, at most four.
 //
-// None for an empty name, and none for a name with "/" or NUL or one that begins with
-// a dot: a client must not choose a file outside the directory, nor a hidden one, which
-// no listing of the descriptions shows.
+// None for an empty name, and none for a name with "/" or NUL: a client must
+// not choose a file outside the directory.
 std::vector<std::string> DescriptionCandidates(const std::string& api);
 
 // The candidate that is read for `api`: the longest one that exists; empty if none

@@ -22,7 +22,7 @@ TEST(DescriptionCandidates, ArePrefixesFromTheSecondDotOn) {
       {"", {}},
       {"../etc/passwd", {}},
       {"ORBO.Core/../x", {}},
-      {".ORBO.A", {}},
+      {"..", {"..lib", "...lib"}},
   };
   for (const auto& [api, expected] : rows) {
     EXPECT_EQ(expected, DescriptionCandidates(api)) << api;

@@ -102,7 +102,8 @@ class Case(unittest.TestCase):
 
     def run_command(self, command, **options):
         result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                                stdin=subprocess.DEVNULL, text=True, check=False, **options)
+                                stdin=subprocess.DEVNULL, text=True, errors="replace",
+                                check=False, **options)
         self.assertEqual(0, result.returncode, f"{command}\n{result.stdout[-8000:]}")
         return result.stdout
 

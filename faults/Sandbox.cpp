@@ -81,13 +81,15 @@ Sandbox::Sandbox(const std::string& stage, const std::string& command)
   for (const char* const directory :
        {"/run/orbo/sessions", "/run/orbo/logins", "/run/orbo/tasks", "/var/lib/orbo/tokens",
         "/var/lib/orbo/share", "/var/lib/orbo/users", "/var/spool/webapi", "/srv/files",
-        "/etc/orbo"}) {
+        "/etc/orbo", "/etc/orbo/relay.d"}) {
     fs::create_directories(Path(directory));
     chmod(Path(directory).c_str(), 0700);
   }
   std::ofstream(Path("/etc/orbo/platform.conf"))
       << "administrators=ada\nvolumes=/var/lib/orbo\nlogin_attempts=1000000\n"
          "login_address_attempts=1000000\n";
+  std::ofstream(Path("/etc/orbo/relay.d/1")) << "url=" << target_.Url() << "\ntoken=t\n";
+  chmod(Path("/etc/orbo/relay.d/1").c_str(), 0600);
   std::ofstream(Path("/etc/orboinfo.conf")) << "join_user_data_collect=\"yes\"\n";
   std::ofstream(Path("/srv/files/text.txt")) << std::string(100000, 'x');
   const std::string webapi = "WEBAPI_ROOT=" + root_ + " " + command;
@@ -155,6 +157,22 @@ Request Sandbox::Counted() const {
   return request;
 }
 
+Request Sandbox::Relayed() const {
+  return {
+      "relayed",
+      {Query("ORBO.Example.Greeting.Member", "hello", "&relay_ds=1"), "HTTP_COOKIE=id=" + session_},
+      ""};
+}
+
+Request Sandbox::RelayedUpload() const {
+  Request request = Upload();
+  request.name = "relayed upload";
+  for (std::string& variable : request.environment) {
+    variable += variable.rfind("QUERY_STRING=", 0) == 0 ? "&relay_ds=1" : "";
+  }
+  return request;
+}
+
 void Sandbox::Clear() const {
   RemoveContent(Path("/run/orbo/tasks"));
   // Killed attempts to log in count as failed ones, and lock.
@@ -182,6 +200,9 @@ std::string Sandbox::FindFault(bool uploads_are_removed) const {
     if (ReadFile(path) != kUpload) {
       return path.string() + " is no whole upload";
     }
+  }
+  if (target_.MissesUpload()) {
+    return "a call was relayed without its upload";
   }
   const fs::path uploads = Path("/var/lib/orbo/@tmp");
   if (uploads_are_removed && fs::exists(uploads) && !fs::is_empty(uploads)) {

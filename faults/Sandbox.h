@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "Target.h"
+
 namespace faults {
 
 // One canonical request, as a web server hands it to the CGI program.
@@ -34,17 +36,22 @@ class Sandbox {
   Request Download() const;
   Request Login() const;
   Request Counted() const;
+  // To another server, which answers at once.
+  Request Relayed() const;
+  Request RelayedUpload() const;
 
   // Forgets tasks, shared files, logins and other sessions, so that a run finds what the one before
   // found.
   void Clear() const;
-  // What is wrong with the stored state: a file that is neither as before nor whole, or
-  // an upload that nobody will ever use.  Empty if nothing is.
+  // What is wrong with the stored state: a file that is neither as before nor whole, an
+  // upload that nobody will ever use, or one that the other server should have and has
+  // not.  Empty if nothing is.
   std::string FindFault(bool uploads_are_removed) const;
 
  private:
   std::string root_;
   std::string session_;
+  Target target_;
 };
 
 }  // namespace faults

@@ -6,6 +6,7 @@
 #include <limits>
 #include <string>
 
+#include "entry/http_header.h"
 #include "platform/relay.h"
 #include "request/APIRequestPrivate.h"
 #include "util/error_codes.h"
@@ -86,10 +87,12 @@ bool WebEntry::ProcessRelay(APIRequest* request, APIResponse* response) {
     response->SetError(kErrorRelay);
     return false;
   }
+  // Nothing can fail once the entry leaves the output to this.
+  const std::string header = FormatHeaderBlock(response->GetHeaders(), response->GetCookies());
   response->SetEnableOutput(false);
-  OutputHeader();
-  const std::string& answer = manager.GetResponse(id);
-  std::cout.write(answer.data(), static_cast<std::streamsize>(answer.size()));
+  for (const std::string* const text : {&header, &manager.GetResponse(id)}) {
+    std::cout.write(text->data(), static_cast<std::streamsize>(text->size()));
+  }
   std::cout.flush();
   return true;
 }

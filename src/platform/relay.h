@@ -47,7 +47,8 @@ class CredRequestMgr {
   // request, with the Content-Type in `headers`.  The fields of that body that have
   // been read already, and parameters from elsewhere, come along if a web-API
   // request for the same call is queued next.  `in` is standard input, and is read
-  // by Run.  The answer goes to `out` unless that is null.
+  // by Run.  The answer goes to `out` unless that is null.  Where this fails, so does
+  // every further request for the same target.
   int AddRelayRequest(long target, const std::string& api, int version, const std::string& method,
                       const Json::Value& headers, std::FILE* in, std::FILE* out);
 

@@ -1,14 +1,36 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <netdb.h>
+#include <signal.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
+#include "platform/linux/relay_module.h"
 #include "platform/linux/relay_target.h"
 #include "platform/linux/session_store.h"
+#include "platform/relay.h"
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
 #include "unit/entry_run.h"
+#include "util/Descriptor.h"
+
+// In the place of the C library's: a name server may take its time.
+extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints,
+                           addrinfo** result) {
+  if (name != nullptr && std::strcmp(name, "slow.invalid") == 0) {
+    std::this_thread::sleep_for(std::chrono::seconds(4));
+    return EAI_AGAIN;
+  }
+  return reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"))(name, service,
+                                                                                   hints, result);
+}
 
 namespace ORBO {
 namespace {
@@ -67,6 +89,53 @@ TEST(RelayTarget, IsUsedAsAWholeOrNotAtAll) {
     WriteTarget(name, good);
   }
   EXPECT_EQ((std::vector<std::int64_t>{5, 7}), RelayTargetIds());
+}
+
+TEST(RelayModule, KeepsToItsTimeAndLeavesSignalsAsTheyWere) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point start = Clock::now();
+  RelayExchange exchange;
+  RelayAnswer answer;
+  exchange.url = "http://slow.invalid/";
+  exchange.time_limit = exchange.quiet_limit = 1;
+  MakeRelayExchange(exchange, answer);
+  EXPECT_EQ(28, answer.error) << answer.message;
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(3));
+
+  // Some of the library's writes to a server that is gone raise the signal.
+  sockaddr_storage address{};
+  socklen_t size = sizeof address;
+  const Descriptor listener(socket(AF_INET, SOCK_STREAM, 0));
+  ASSERT_EQ(0, listen(listener.get(), 1));
+  ASSERT_EQ(0, getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &size));
+  char port[8];
+  getnameinfo(reinterpret_cast<sockaddr*>(&address), size, nullptr, 0, port, sizeof port,
+              NI_NUMERICSERV);
+  const auto disposition = [] {
+    struct sigaction action {};
+    sigaction(SIGPIPE, nullptr, &action);
+    return action.sa_handler;
+  };
+  exchange.url = std::string("http://127.0.0.1:") + port;
+  exchange.rest_size = 1;
+  exchange.read_rest = [&disposition](char*, std::size_t) -> std::int64_t {
+    EXPECT_EQ(SIG_IGN, disposition());
+    return -1;
+  };
+  MakeRelayExchange(exchange, answer);
+  EXPECT_EQ(kRelayBodyUnreadable, answer.error) << answer.message;
+  EXPECT_EQ(SIG_DFL, disposition());
+}
+
+TEST(CredRequestMgr, QueuesNoCallBehindAnUploadThatItCouldNotQueue) {
+  const WebAPIDirectory directory;
+  WriteTarget("5", "url=http://127.0.0.1:1/\ntoken=t\nusers=ada\n");
+  CredRequestMgr manager("ada");
+  Json::Value headers;
+  headers["Content-Type"] = "multipart/form-data; boundary=b\r\nX: y";
+  EXPECT_EQ(0, manager.AddWebAPIRequest(5, "ORBO.A", 1, "get", Json::Value()));
+  EXPECT_GT(0, manager.AddRelayRequest(5, "ORBO.A", 1, "put", headers, stdin, nullptr));
+  EXPECT_GT(0, manager.AddWebAPIRequest(5, "ORBO.A", 1, "put", Json::Value()));
 }
 
 TEST(WebEntry, RelayThatFailsIsLoggedWithoutTheToken) {

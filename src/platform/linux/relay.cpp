@@ -91,7 +91,7 @@ class CredRequestMgr::Private {
   explicit Private(const std::string& user) : user_(user) {}
 
   // Adds a request to the queue, which `fill` completes.  Its id; negative, and logged,
-  // if it may not be made.
+  // if it may not be made or `fill` says so.
   template <typename Fill>
   int Add(long target, RelayCall call, Fill fill) noexcept;
   Queued* Find(int id) {
@@ -99,7 +99,7 @@ class CredRequestMgr::Private {
                ? &queue_[static_cast<std::size_t>(id)]
                : nullptr;
   }
-  // The upload that was queued in front of this request and is of the same call.
+  // The upload that was queued last, if it is of the same call as this request.
   Queued* UploadBefore(const Queued& request);
   bool Run() noexcept;
   int error() const { return error_; }
@@ -110,7 +110,7 @@ class CredRequestMgr::Private {
 
   std::string user_;
   std::optional<long> looked_up_;  // the target that was looked at last
-  bool is_usable_ = false;         // and whether the user may use it
+  bool is_usable_ = false;         // and whether requests may still be queued for it
   RelayTarget target_;
   std::deque<Queued> queue_;  // pointers into it stay valid
   std::string no_answer_;
@@ -133,18 +133,22 @@ bool CredRequestMgr::Private::LookUp(long id) {
 template <typename Fill>
 int CredRequestMgr::Private::Add(long target, RelayCall call, Fill fill) noexcept {
   try {
-    if (looked_up_ != target) {
-      looked_up_ = target;
-      is_usable_ = LookUp(target);
-    }
-    if (!is_usable_) {
+    const bool was_looked_up = looked_up_ == target;
+    looked_up_ = target;
+    // Until the request is queued: a call must not pass over the upload in front of it.
+    const bool was_usable = std::exchange(is_usable_, false);
+    if (!(was_looked_up ? was_usable : LookUp(target))) {
       return -1;
     }
-    Queued& request = queue_.emplace_back();
+    Queued request;
     request.target_id = target;
     request.target = target_;
     request.call = std::move(call);
-    fill(request);
+    if (!fill(request)) {
+      return -1;
+    }
+    queue_.push_back(std::move(request));
+    is_usable_ = true;
     return static_cast<int>(queue_.size()) - 1;
   } catch (...) {
     LogException();
@@ -153,10 +157,10 @@ int CredRequestMgr::Private::Add(long target, RelayCall call, Fill fill) noexcep
 }
 
 Queued* CredRequestMgr::Private::UploadBefore(const Queued& request) {
-  if (queue_.size() < 2) {
+  if (queue_.empty()) {
     return nullptr;
   }
-  Queued& before = queue_[queue_.size() - 2];
+  Queued& before = queue_.back();
   return before.is_upload && before.target_id == request.target_id && before.call == request.call
              ? &before
              : nullptr;
@@ -189,21 +193,22 @@ int CredRequestMgr::AddWebAPIRequest(long target, const std::string& api, int ve
     if (Queued* const upload = private_->UploadBefore(request)) {
       upload->params = request.params;
     }
+    return true;
   });
 }
 
 int CredRequestMgr::AddRelayRequest(long target, const std::string& api, int version,
                                     const std::string& method, const Json::Value& headers,
                                     std::FILE* in, std::FILE* out) {
-  const std::string content_type = JSON::AsString(JSON::At(headers, "Content-Type"));
-  if (in != stdin || BreaksHeaderLine(content_type)) {
-    Log(LOG_ERR, "%s:%d relay target %ld: no upload of a request", kSource, __LINE__, target);
-    return -1;
-  }
   return private_->Add(target, {api, version, method}, [&](Queued& request) {
     request.is_upload = true;
-    request.content_type = content_type;
+    request.content_type = JSON::AsString(JSON::At(headers, "Content-Type"));
     request.out = out;
+    const bool is_usable = in == stdin && !BreaksHeaderLine(request.content_type);
+    if (!is_usable) {
+      Log(LOG_ERR, "%s:%d relay target %ld: no upload of a request", kSource, __LINE__, target);
+    }
+    return is_usable;
   });
 }
 

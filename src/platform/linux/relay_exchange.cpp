@@ -82,11 +82,11 @@ RelayExchange BeginRelayExchange(const RelayTarget& target, bool is_upload, long
   exchange.authority = target.authority;
   exchange.pin = target.pin;
   exchange.max_answer = target.max_answer_size;
-  exchange.quiet_limit = target.timeout;
   exchange.time_limit = is_upload ? target.upload_timeout : target.timeout;
   if (limit > 0) {
     exchange.time_limit = std::min(exchange.time_limit, limit);
   }
+  exchange.quiet_limit = std::min(target.timeout, exchange.time_limit);
   return exchange;
 }
 

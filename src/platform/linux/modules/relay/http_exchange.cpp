@@ -98,6 +98,8 @@ void HttpExchange::SetTrust() {
 }
 
 void HttpExchange::SetLimits() {
+  // Else the library waits in spite of them for a name server that does not answer.
+  Set(CURLOPT_QUICK_EXIT, 1L);
   Set(CURLOPT_CONNECTTIMEOUT, std::min(kConnectLimit, exchange_.time_limit));
   Set(CURLOPT_TIMEOUT, exchange_.time_limit);
   Set(CURLOPT_LOW_SPEED_LIMIT, 1L);

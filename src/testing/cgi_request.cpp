@@ -107,7 +107,10 @@ CgiRequest ToCgiRequest(const CallDescription& call) {
     request.variables["HTTP_COOKIE"] = CookieLine(call.cookies);
   }
   for (const auto& [name, value] : call.variables) {
-    request.variables[name] = value;
+    std::string& variable = request.variables[name];
+    // The line of a header goes behind the cookies, of which one is the session's.
+    const bool is_added = name == "HTTP_COOKIE" && !variable.empty();
+    variable = is_added ? variable + "; " + value : value;
   }
   return request;
 }

@@ -20,6 +20,7 @@
 #include "unit/WebAPIDirectory.h"
 #include "unit/entry_run.h"
 #include "util/Descriptor.h"
+#include "util/paths.h"
 
 // In the place of the C library's: a name server may take its time.
 extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints,
@@ -138,21 +139,31 @@ TEST(CredRequestMgr, QueuesNoCallBehindAnUploadThatItCouldNotQueue) {
   EXPECT_GT(0, manager.AddWebAPIRequest(5, "ORBO.A", 1, "put", Json::Value()));
 }
 
-TEST(WebEntry, RelayThatFailsIsLoggedWithoutTheToken) {
+TEST(WebEntry, RelayIsLoggedWithoutTheTokenAndCountsAsActivity) {
   const WebAPIDirectory directory;
   directory.Configure("administrators=ada\n");
-  directory.Write("ORBO.A.lib", R"({"ORBO.A":{"lib":"x","minVersion":1,"maxVersion":1,)"
-                                R"("methods":{"1":["get"]}}})");
+  const std::string rest = R"("lib":"x","minVersion":1,"maxVersion":1,"methods":{"1":["get"]}})";
+  directory.Write("ORBO.A.lib",
+                  R"({"ORBO.A":{)" + rest + R"(,"ORBO.A.Skip":{"skipTimeout":true,)" + rest + "}");
   // Nobody listens there.
   WriteTarget("5", "url=http://127.0.0.1:1/\ntoken=secret\n");
   Session session;
   session.user = "ada";
   std::string id;
   ASSERT_TRUE(CreateSession(session, id));
+  const std::string file = RootedPath("/run/orbo/sessions/") + id;
+  const auto before = std::filesystem::last_write_time(file) - std::chrono::minutes(1);
   LogCapture log;
-  const std::string query = "api=ORBO.A&version=1&method=get&relay_ds=5&_sid=" + id;
-  EXPECT_EQ("{\"error\":{\"code\":109},\"success\":false}\n",
-            BodyOf(RunEntry({{"QUERY_STRING", query}})));
+  for (const char* api : {"ORBO.A", "ORBO.A.Skip"}) {
+    SCOPED_TRACE(api);
+    std::filesystem::last_write_time(file, before);
+    const std::string query =
+        std::string("api=") + api + "&version=1&method=get&relay_ds=5&_sid=" + id;
+    EXPECT_EQ("{\"error\":{\"code\":109},\"success\":false}\n",
+              BodyOf(RunEntry({{"QUERY_STRING", query}})));
+    const bool is_activity = std::filesystem::last_write_time(file) != before;
+    EXPECT_EQ(std::string(api) == "ORBO.A", is_activity);
+  }
   EXPECT_TRUE(log.Has("WebEntry.cpp:618 relay request fail[7]"));
   EXPECT_FALSE(log.Has("secret"));
 }

@@ -13,10 +13,11 @@ extern "C" const ORBO::CryptoModule* WebapiCryptoModule() {
   static constexpr ORBO::CryptoModule kModule = {
       ORBO::SHA256Digest, ORBO::HmacDigest, ORBO::DeriveKey,   ORBO::MakePrivateKey,
       ORBO::PublicPoint,  ORBO::AgreeOnKey, ORBO::SealedByKey, ORBO::OpenedByKey};
-  // The machine's OpenSSL configuration may load providers and engines, and the tables of
-  // all algorithms' names take long to fill: one request is too short for either.
+  // One request is too short for the machine's OpenSSL configuration, which may load
+  // providers and engines, for the tables of all algorithms' names, and for freeing at exit
+  // what goes with the process.
   constexpr std::uint64_t kNothingMore = OPENSSL_INIT_NO_LOAD_CONFIG |
                                          OPENSSL_INIT_NO_ADD_ALL_CIPHERS |
-                                         OPENSSL_INIT_NO_ADD_ALL_DIGESTS;
+                                         OPENSSL_INIT_NO_ADD_ALL_DIGESTS | OPENSSL_INIT_NO_ATEXIT;
   return OPENSSL_init_crypto(kNothingMore, nullptr) == 1 ? &kModule : nullptr;
 }

@@ -33,6 +33,12 @@ export interface CallOptions {
   httpMethod?: 'GET' | 'POST';
 }
 
+/** A password is for no URL. */
+export interface LoginOptions extends Omit<CallOptions, 'httpMethod'> {
+  application?: string;
+  language?: string;
+}
+
 export interface Call {
   api: string;
   version: number;
@@ -126,7 +132,10 @@ export class WebAPIClient {
   autoBatch: boolean;
   timeout: number;
 
-  /** Rejects with WebAPIError, TransportError, EncipherError, or what the signal says. */
+  /**
+   * Rejects with WebAPIError, TransportError, EncipherError, or what the signal says; with
+   * TypeError or RangeError for parameters that JSON cannot say.
+   */
   call<Data = any>(api: string, version: number, method: string, params?: Params,
     options?: CallOptions & { autoBatch?: boolean }): Promise<Data>;
   batch(calls: readonly Call[],
@@ -135,7 +144,7 @@ export class WebAPIClient {
   link(api: string, version: number, method: string, params?: Params): string;
 
   login(user: string, password: string,
-    options?: CallOptions & { application?: string; language?: string }): Promise<Session>;
+    options?: LoginOptions): Promise<Session>;
   logout(options?: CallOptions): Promise<void>;
 
   startTask<Data = any>(api: string, version: number, method: string, params?: Params,
@@ -173,6 +182,7 @@ export class Download implements AsyncIterable<Uint8Array> {
   /** As the server names the file; null where it does not. */
   readonly name: string | null;
   readonly type: string;
+  /** The version, to go on with later; null where the server does not tell. */
   readonly etag: string | null;
   /** Where in the file this begins. */
   readonly offset: number;
@@ -200,19 +210,25 @@ export class WebAPIError extends Error {
   readonly word: string | null;
 }
 
-/** No answer of an API: nothing came (status 0), or something else than JSON. */
+/** No answer of an API: nothing came (status 0), or something else than such an answer. */
 export class TransportError extends Error {
+  constructor(message: string, status?: number, options?: { cause?: unknown });
+
   readonly name: 'TransportError';
   readonly status: number;
 }
 
 /** Parameters cannot be enciphered: a page by plain HTTP has no WebCrypto. */
 export class EncipherError extends Error {
+  constructor(message: string);
+
   readonly name: 'EncipherError';
 }
 
 /** A task that ended before it was done: stopped, killed, or without a result. */
 export class TaskError extends Error {
+  constructor(id: string, state: TaskState);
+
   readonly name: 'TaskError';
   readonly id: string;
   readonly state: TaskState;

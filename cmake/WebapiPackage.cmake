@@ -42,9 +42,15 @@ install(FILES
 set(webapi_pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH webapi_pkgconfig_prefix
   "/prefix/${webapi_pkgconfig_dir}" "/prefix")
-configure_file("${PROJECT_SOURCE_DIR}/cmake/webapi-KEP5.pc.in"
-  "${PROJECT_BINARY_DIR}/webapi-KEP5.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/webapi-KEP5.pc" DESTINATION "${webapi_pkgconfig_dir}")
+set(webapi_pkgconfig_packages webapi-KEP5)
+if(TARGET webapi_testing)
+  list(APPEND webapi_pkgconfig_packages webapi-KEP5-testing)
+endif()
+foreach(package IN LISTS webapi_pkgconfig_packages)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${package}.pc.in"
+    "${PROJECT_BINARY_DIR}/${package}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${package}.pc" DESTINATION "${webapi_pkgconfig_dir}")
+endforeach()
 
 # Descriptions belong to the web-API directory; anything else is reference data.
 if(EXISTS "${PROJECT_SOURCE_DIR}/data")

@@ -5,9 +5,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/FuzzInput.h"
 #include "util/read_file.h"
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int main(int argc, char** argv) {
   int count = 0;
@@ -20,7 +19,7 @@ int main(int argc, char** argv) {
       }
       std::printf("%s\n", entry.path().c_str());
       std::fflush(stdout);
-      LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+      ORBO::TestInput({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
       ++count;
     }
   }

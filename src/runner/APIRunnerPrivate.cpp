@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -26,9 +27,12 @@ char g_log_identity[kIdentitySize];
 char g_task_name[17];
 int g_identities = 0;  // runners that live, one within another's call
 
+// Log lines go to the standard error output, too, where the environment has
+// WEBAPI_LOG_STDERR.
 void OpenLog() {
   closelog();
-  openlog(g_log_identity, LOG_PID | LOG_CONS, 0);
+  const int copy = secure_getenv("WEBAPI_LOG_STDERR") != nullptr ? LOG_PERROR : 0;
+  openlog(g_log_identity, LOG_PID | LOG_CONS | copy, 0);
 }
 
 // The base name of the first argument, up to a blank or a NUL.

@@ -80,13 +80,16 @@ bool CallGuard::Await(GuardMessage::Kind kind, int seconds, int& value, bool& is
 std::string CallGuard::Run(int value, int seconds) {
   int status = 0;
   bool is_served = false;
+  const std::string no_guard = "there is no process that could start the call";
   if (guard_ < 0 || !SendMessage(socket_.get(), {GuardMessage::kRun, value})) {
-    return "there is no process that could start the call";
+    return no_guard;
   }
   if (Await(GuardMessage::kEnded, seconds, status, is_served)) {
     return is_served && status == 0 ? "" : EndOf(status, is_served);
   }
-  SendMessage(socket_.get(), {GuardMessage::kKill, 0});
+  if (!SendMessage(socket_.get(), {GuardMessage::kKill, 0})) {
+    return no_guard;
+  }
   Await(GuardMessage::kEnded, kPatience, status, is_served);
   return "the call did not come to its end within " + std::to_string(seconds) + " s";
 }

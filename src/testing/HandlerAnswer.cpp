@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kNoCode = -1;
 constexpr int kOk = 200;
+constexpr int kFound = 302;
 
 // Whether `answer` is what an API answers.
 bool IsAnswer(const Json::Value& answer) {
@@ -74,9 +75,10 @@ const Json::Value& HandlerAnswer::Errors() const& {
 
 int HandlerAnswer::Status() const {
   const std::string status = Header("Status");
-  return !fault_.empty()  ? 0
-         : status.empty() ? kOk
-                          : static_cast<int>(std::strtol(status.c_str(), nullptr, 10));
+  if (!fault_.empty() || !status.empty()) {
+    return fault_.empty() ? static_cast<int>(std::strtol(status.c_str(), nullptr, 10)) : 0;
+  }
+  return Header("Location").empty() ? kOk : kFound;
 }
 
 std::string HandlerAnswer::Header(const std::string& name) const {

@@ -5,7 +5,9 @@
 #include <cstring>
 #include <initializer_list>
 #include <utility>
+#include <vector>
 
+#include "platform/linux/platform_conf.h"
 #include "platform/linux/session_store.h"
 #include "testing/serve_call.h"
 #include "util/json_text.h"
@@ -31,6 +33,9 @@ Session SessionOf(const Json::Value& facts) {
   session.timeout = JSON::Has(facts, "timeout") ? JSON::AsInt(JSON::At(facts, "timeout")) : -1;
   return session;
 }
+
+// Whether the system's files can name the user.
+bool IsOneWord(const std::string& user) { return SplitSetting(user) == std::vector{user}; }
 
 // The first member of `object` that is none of `names`; "" if there is no such member.
 std::string OtherMember(const Json::Value& object, std::initializer_list<const char*> names) {
@@ -86,6 +91,8 @@ void HandlerTestPrivate::LogIn(const Json::Value& facts) {
   Check(tree.OpenSession(SessionOf(facts), JSON::AsInt(JSON::At(facts, "idle")), session_id_),
         "open a session of " + user_);
   if (JSON::AsBool(JSON::At(facts, "administrator"))) {
+    errno = EINVAL;
+    Check(IsOneWord(user_), "make an administrator of " + user_);
     administrators_ += " " + user_;
     Set("administrators", administrators_);
   }
@@ -96,7 +103,7 @@ void HandlerTestPrivate::LogIn(const Json::Value& facts) {
 
 void HandlerTestPrivate::GrantPrivilege(const std::string& name) {
   errno = EINVAL;
-  Check(!user_.empty() && tree.Append(kPrivileges + name, "user " + user_ + "\n"),
+  Check(IsOneWord(user_) && tree.Append(kPrivileges + name, "user " + user_ + "\n"),
         "grant the privilege " + name);
 }
 

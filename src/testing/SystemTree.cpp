@@ -42,7 +42,7 @@ bool MakeDirectory(const fs::path& path) {
 
 }  // namespace
 
-SystemTree::SystemTree() : ready_(false) {
+SystemTree::SystemTree() : owner_(getpid()), ready_(false) {
   std::error_code error;
   base_ = (fs::temp_directory_path(error) / "webapi-test-XXXXXX").string();
   if (error || mkdtemp(base_.data()) == nullptr) {
@@ -53,13 +53,24 @@ SystemTree::SystemTree() : ready_(false) {
   ready_ = LayOut();
 }
 
-SystemTree::~SystemTree() { Remove(); }
+SystemTree::~SystemTree() {
+  if (getpid() == owner_) {
+    Remove();
+  }
+}
 
 std::string SystemTree::WebAPIDirectory() const { return Root().append(kWebAPIDirectory); }
 
 bool SystemTree::LayOut() {
-  return MakeDirectory(WebAPIDirectory() + "handlers") && MakeDirectory(Root() + "/tmp") &&
-         MakeDirectory(Root() + kSessions) && chmod((Root() + kSessions).c_str(), S_IRWXU) == 0 &&
+  if (!MakeDirectory(WebAPIDirectory() + "handlers")) {
+    return false;
+  }
+  // The modules, for ciphers and relay, are those of the system that the test runs on.
+  std::error_code ignored;
+  fs::create_symlink(fs::absolute(RootedPath(kWebAPIDirectory) + "modules", ignored),
+                     WebAPIDirectory() + "modules", ignored);
+  return MakeDirectory(Root() + "/tmp") && MakeDirectory(Root() + kSessions) &&
+         chmod((Root() + kSessions).c_str(), S_IRWXU) == 0 &&
          Write(std::string(kWebAPIDirectory) + "lib.def", kDefaults) &&
          Write(std::string(kWebAPIDirectory) + "ORBO.Entry.lib", kEntryDescription);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 namespace ORBO {
@@ -35,13 +37,14 @@ class SystemTree {
   // Opens a session that was last active `idle` minutes ago.
   bool OpenSession(const Session& session, int idle, std::string& id);
 
-  // Deletes everything.
+  // Deletes everything, as the destructor does in the process that made the tree.
   void Remove();
 
  private:
   bool LayOut();
   bool WriteTo(const std::string& path, const std::string& text, int flags);
 
+  pid_t owner_;
   std::string base_;
   bool ready_;
 };

@@ -85,13 +85,15 @@ CgiRequest ToCgiRequest(const CallDescription& call) {
   request.variables = {{"GATEWAY_INTERFACE", "CGI/1.1"},
                        {"HTTP_HOST", "localhost"},
                        {"PATH", "/usr/local/bin:/usr/bin:/bin"},
+                       {"QUERY_STRING", ""},
                        {"REMOTE_ADDR", "127.0.0.1"},
                        {"REQUEST_METHOD", method},
                        {"REQUEST_SCHEME", "http"},
                        {"SCRIPT_NAME", "/webapi/entry.cgi"},
                        {"SERVER_NAME", "localhost"},
                        {"SERVER_PORT", "80"},
-                       {"SERVER_PROTOCOL", "HTTP/1.1"}};
+                       {"SERVER_PROTOCOL", "HTTP/1.1"},
+                       {"SERVER_SOFTWARE", "webapi-test"}};
   if (!call.files.empty()) {
     const std::string boundary = NewKeyName('b', kBoundaryBytes);
     SetBody(ToForm(params, call.files, boundary), "multipart/form-data; boundary=" + boundary,
@@ -115,7 +117,8 @@ std::string HeaderVariable(const std::string& header) {
   for (const char c : header) {
     name += c == '-' ? '_' : c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
   }
-  return name;
+  // These two describe the body and have no prefix.
+  return name == "HTTP_CONTENT_TYPE" || name == "HTTP_CONTENT_LENGTH" ? name.substr(5) : name;
 }
 
 }  // namespace ORBO

@@ -2,13 +2,16 @@
 
 #include <poll.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <fstream>
 #include <string>
 
@@ -77,11 +80,21 @@ class Guard {
     for (const int number : {SIGHUP, SIGINT, SIGTERM, SIGPIPE}) {
       signal(number, SIG_DFL);
     }
-    sigprocmask(SIG_UNBLOCK, &child_signal_, nullptr);
+    sigset_t no_signals;
+    sigemptyset(&no_signals);
+    sigprocmask(SIG_SETMASK, &no_signals, nullptr);
+    umask(S_IWGRP | S_IWOTH);
+    on_exit(EndProcess, nullptr);
     duties_.serve(value);
     SendMessage(socket_, {GuardMessage::kServed, 0});
-    // What comes at the exit of the test's program is not for this process.
-    _exit(0);
+    exit(0);
+  }
+
+  // Runs behind all that the call has left for its exit, and before what the test has:
+  // that is not for this process, nor for those that it forks.
+  static void EndProcess(int status, void* /*unused*/) {
+    std::fflush(nullptr);
+    _exit(status);
   }
 
   static bool HasChildren() {

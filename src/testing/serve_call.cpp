@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <stdio_ext.h>
+#include <syslog.h>
 #include <unistd.h>
 #include <webapi/WebEntry.h>
 
@@ -71,7 +72,8 @@ bool EnterEnvironment(const SystemTree& tree) {
     setenv(variable.substr(0, equals).c_str(), variable.c_str() + equals + 1, 1);
     begin = end + 1;
   }
-  return setenv("WEBAPI_ROOT", tree.Root().c_str(), 1) == 0;
+  return setenv("WEBAPI_ROOT", tree.Root().c_str(), 1) == 0 &&
+         setenv("WEBAPI_LOG_STDERR", "1", 1) == 0;
 }
 
 bool EnterStreams(const SystemTree& tree) {
@@ -87,6 +89,8 @@ bool EnterStreams(const SystemTree& tree) {
 }  // namespace
 
 bool WriteCall(const SystemTree& tree, const CgiRequest& request) {
+  // What an earlier call has left running may still write to its own output.
+  unlink(tree.CallFile(kOutput).c_str());
   std::string variables;
   for (const auto& [name, value] : request.variables) {
     variables.append(name).append("=").append(value.c_str()).append(1, '\0');
@@ -107,6 +111,7 @@ void ServeCall(const SystemTree& tree, bool skip_permission) {
     std::perror("cannot begin the call");
     _exit(EXIT_FAILURE);
   }
+  openlog(nullptr, LOG_PID | LOG_PERROR, 0);
   StandardOutput output;
   std::cout.clear();
   std::streambuf* const previous = std::cout.rdbuf(&output);

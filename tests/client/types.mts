@@ -6,6 +6,8 @@ export async function use(client: WebAPIClient, file: File, error: unknown): Pro
   const {lines} = await client.call<{lines: string[]}>('A', 1, 'b', {times: 2, none: undefined});
   // @ts-expect-error A version is a number.
   await client.call('A', '1', 'b');
+  // @ts-expect-error A password is for no URL.
+  await client.login('ben', 'secret', {httpMethod: 'GET'});
   // @ts-expect-error No such form.
   await client.call('A', 1, 'b', {}, {encipher: 'rot13'});
   const [outcome] = await client.batch([{api: 'A', version: 1, method: 'b'}]);
@@ -19,4 +21,5 @@ export async function use(client: WebAPIClient, file: File, error: unknown): Pro
     chunk.byteLength;
   }
   error instanceof WebAPIError ? error.code : error instanceof TaskError && error.state.finish;
+  throw new TaskError(task.id, await task.status());
 }

@@ -263,6 +263,12 @@ TEST_P(Relay, OnlyTheRightServerIsTrusted) {
     EXPECT_EQ(TestResult(), row.error);
   }
   EXPECT_EQ(Run("relay list --json").find(Token(other())), std::string::npos);
+  // Nor does a use of the same library before spoil the check.
+  Target(good, ca);
+  const std::string call = Probe("echo", "relay_ds=1&_sid=" + admin_);
+  const std::string sealed = Run("encrypt '" + call + "'");
+  server().root().HandOver();
+  EXPECT_EQ(server().Get(sealed).body, Success("{\"tid\":\"" + Token(other()) + "\"}"));
 }
 
 TEST_P(Relay, ServersThatDoNotBehaveAreAFailure) {

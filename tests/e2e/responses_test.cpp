@@ -89,8 +89,11 @@ TEST_P(Responses, AreGivenForProgramsThePageAndTheClientOnly) {
   EXPECT_EQ(page.status, 200);
   EXPECT_EQ(page.Headers("Content-Type"), Lines{"text/html; charset=utf-8"});
   EXPECT_EQ(page.Headers("X-Frame-Options"), Lines{"DENY"});
-  EXPECT_EQ(server().Send("GET", "/webapi/webapi.mjs").Headers("Content-Type"),
-            Lines{"text/javascript; charset=utf-8"});
+  for (const char* module : {"/webapi/webapi.mjs", "/webapi/webapi/parameter_line.mjs"}) {
+    const HttpResponse script = server().Send("GET", module);
+    EXPECT_EQ(script.status, 200) << module;
+    EXPECT_EQ(script.Headers("Content-Type"), Lines{"text/javascript; charset=utf-8"}) << module;
+  }
   for (const char* target : {"/webapi/",
                              "/webapi",
                              "/",
@@ -99,6 +102,8 @@ TEST_P(Responses, AreGivenForProgramsThePageAndTheClientOnly) {
                              "/lib.def",
                              "/entry.cgi",
                              "/webapi/handlers/",
+                             "/webapi/webapi/",
+                             "/webapi/webapi/../lib.def",
                              "/webapi/handlers/libe2e_probe.so",
                              "/webapi/lib/libwebapi-KEP5.so",
                              "/webapi/%6cib.def",

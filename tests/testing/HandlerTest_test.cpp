@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <webapi/testing/HandlerTest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -69,7 +71,26 @@ TEST(HandlerTest, ChecksWhoCalls) {
   }
 }
 
+TEST(HandlerTest, StartsCallsAsAServerDoes) {
+  sigset_t blocked;
+  sigset_t before;
+  sigfillset(&blocked);
+  sigprocmask(SIG_BLOCK, &blocked, &before);
+  const mode_t mask = umask(077);
+  HandlerTest test(WEBAPI_HANDLER_FILES);
+  umask(mask);
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  test.HttpMethod("POST").Header("Content-type", "text/plain");
+  EXPECT_EQ(test.Call(kProbe, 1, "start").Text(),
+            R"({"data":[18,0,"","text/plain"],"success":true})");
+  test.Param("name", "Location").Param("value", "/x");
+  EXPECT_EQ(test.Call(kProbe, 1, "header").Status(), 302);
+}
+
 TEST(HandlerTest, TakesNoFailureForAnAnswer) {
+  // What the test's program has for its own exit is not for that of a call.
+  static const pid_t owner = getpid();
+  std::atexit([] { getpid() == owner ? void() : _exit(77); });
   HandlerTest test(WEBAPI_HANDLER_FILES);
   test.TimeLimit(1);
   const std::pair<const char*, const char*> rows[] = {
@@ -88,6 +109,8 @@ TEST(HandlerTest, TakesNoFailureForAnAnswer) {
   }
   EXPECT_EQ(HandlerTest("none.so|").User("ada").Call(kProbe, 1, "echo").Fault(),
             "cannot use the file none.so: No such file or directory");
+  EXPECT_EQ(HandlerTest("").Administrator("a b").Call(kProbe, 1, "echo").Fault(),
+            "cannot make an administrator of a b: Invalid argument");
   EXPECT_EQ(test.Request(R"({"sesion": {}})").Call(kProbe, 1, "echo").Fault(),
             "cannot read the request's member \"sesion\"");
 }
@@ -105,6 +128,13 @@ TEST(HandlerTest, LeavesTheTestAlone) {
   for (const char* name : {"WEBAPI_ROOT", "ORBO_WEBAPI_USERNAME", "HTTP_COOKIE"}) {
     EXPECT_EQ(std::getenv(name), nullptr) << name;
   }
+}
+
+TEST(HandlerTest, TellsWhatTheSystemLogHas) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(HandlerTest(WEBAPI_HANDLER_FILES).Call("ORBO.Test.Missing", 1, "echo").Code(), 111);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("cannot open library: handlers/absent.so"),
+            std::string::npos);
 }
 
 // Starts a background task that lasts until the file "go" is there.
@@ -139,6 +169,11 @@ TEST(HandlerTest, EndsAndRemovesEverything) {
     HandlerTest test(WEBAPI_HANDLER_FILES);
     HandlerTest other(WEBAPI_HANDLER_FILES);
     root = test.Path("");
+    if (fork() == 0) {
+      test.~HandlerTest();
+      _exit(0);
+    }
+    wait(nullptr);
     StartWork(test);
     EXPECT_FALSE(test.WaitForEnd(0));
     EXPECT_TRUE(test.WriteFile("/go", "").WaitForEnd(20));

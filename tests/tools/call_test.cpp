@@ -19,6 +19,7 @@ class Call : public CommandTest {
     std::ofstream(directory + "/ORBO.Entry.lib") << R"({
         "ORBO.Entry.Request": {"lib": "built-in", "minVersion": 1, "maxVersion": 2,
           "methods": {"1": ["request", {"other": {"allowDemo": true}}], "2": ["request"]}},
+        "ORBO.Far": {"lib": "x", "minVersion": 1, "maxVersion": 4294967296, "methods": {}},
         "ORBO.Broken": {"lib": 5}})";
   }
 };
@@ -53,6 +54,7 @@ TEST_F(Call, ListsWhatTheLoaderTakes) {
             "ORBO.Entry.Request  1        request, other\n"
             "ORBO.Entry.Request  2        request\n");
   EXPECT_EQ(Document("list --json ORBO.Entry.Request")[0]["methods"]["1"][1], "other");
+  EXPECT_EQ(Document("list --json ORBO.Far")[0]["max_version"].asInt64(), 4294967296);
   EXPECT_EQ(Run("list ORBO.Broken").exit_code, 1);
 }
 

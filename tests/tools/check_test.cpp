@@ -97,16 +97,19 @@ TEST_F(Check, NamesEachFaultOfADescription) {
        {"{}\n/* x", "2:1: error: this comment does not end"},
        {"{}\n{}", "2:1: error: nothing may follow"},
        {"{\"a\": " + std::string(600, '['), "1:518: error: this is nested too deep"},
+       {"\xef\xbb\xbf{}", "1:1: error: no byte order mark"},
        {"[]", "1: error: the document must be an object"},
        {With(", \"x\": 1e999"), "2: error: this number is too large"},
        {With(", \n\"count\": true, \"count\": true"), "3: error: a second \"count\""},
        {"{}//\n// \xff", "2:4: warning: this is no UTF-8"},
        // What the loader leaves out.
-       {"{\n\"ORBO.T\": 5}", "2: error: the loader leaves this API out: it must be an object"},
+       {"{\r\n\"ORBO.T\": 5}", "2: error: the loader leaves this API out: it must be an object"},
        {Api(kRange + kMethods), "1: error: the loader leaves this API out: \"lib\" is missing"},
        {Api("\n\"lib\": \"\"," + kRange + kMethods), "3: error: the loader leaves this API out"},
        {Api(kLib + "\"maxVersion\": 1," + kMethods),
         "1: error: the loader leaves this API out: \"minVersion\" is missing"},
+       {Api(kLib + "\"minVersion\": 1," + kMethods),
+        "1: error: the loader leaves this API out: \"maxVersion\" is missing"},
        {Api(kLib + "\"minVersion\": 1, \n\"maxVersion\": 1.0, " + kMethods),
         "3: error: the loader leaves this API out: \"maxVersion\" must be an integer"},
        {Api(kLib + kRange + "\"methods\": []"), "2: error: the loader leaves this API out"},
@@ -119,6 +122,7 @@ TEST_F(Check, NamesEachFaultOfADescription) {
        {With(", \"comment\": 1"), "2: warning: the system knows no member \"comment\"\n"},
        {With(", \"count\": 0"), "2: error: \"count\" must be true or false"},
        {With(", \"appPriv\": [\"p\"]"), "2: error: \"appPriv\" must be a text"},
+       {With(", \"appPriv\": \"a b\""), "2: error: no application privilege can have"},
        {With(", \"authLevel\": 0"), "2: warning: authLevel 0: everybody may call"},
        {With(", \"authLevel\": 2"), "2: warning: authLevel 2: a failed permission check"},
        {With(", \"authLevel\": \"0\""), "2: error: authLevel must be 0, 1 or 2"},
@@ -152,6 +156,7 @@ TEST_F(Check, NamesEachFaultOfADescription) {
        {List("\"m\",\n{\"m\": {}}"), "5: error: the method \"m\" is listed a second time"},
        {List("{\"b\": {}, \"a\": {}}"), "4: error: an object must have one method; of this one"},
        {List("{\"m\": true}"), "4: error: the attributes of a method must be an object"},
+       {List("{\"m\": [\"n\"]}"), "4: error: the attributes of a method must be an object"},
        {List("{\"m\": {\n\"allowUplod\": true}}"),
         "5: warning: the system knows no attribute \"allowUplod\"; did you mean \"allowUpload\"?"},
        {List("{\"m\": {\"allowDemo\": \"false\"}}"),
@@ -211,6 +216,30 @@ TEST_F(Check, TellsWhoMayChangeFiles) {
   EXPECT_THAT(Directory(), Not(HasSubstr("/usr: ")));
   ASSERT_EQ(chmod((root() + "/usr").c_str(), 0777), 0);
   EXPECT_THAT(Directory(), HasSubstr("/usr: error: everybody may write here"));
+  // Who may change a link decides what it leads to.
+  ASSERT_EQ(chmod((root() + "/usr").c_str(), 0755), 0);
+  fs::create_directory(root() + "/vendor");
+  fs::create_symlink("../usr", root() + "/vendor/now");
+  ASSERT_EQ(chmod((root() + "/vendor").c_str(), 0777), 0);
+  Write(directory_ + "ORBO.T.lib",
+        Api("\"lib\": \"" + root() + "/vendor/now/x.so\"," + kRange + kMethods));
+  EXPECT_THAT(Directory(), HasSubstr("/vendor: error: everybody may write here"));
+}
+
+TEST_F(Check, KnowsTheSystemThatItRunsOn) {
+  Write("etc/orbo/platform.conf", "service_user=nobody\n");
+  Write(directory_ + "lib.def", "{}");
+  Write(directory_ + "ORBO.T.lib", With(",\n\"appPriv\": \"p\""));
+  ASSERT_EQ(chmod(root().c_str(), 0755), 0);
+  ASSERT_EQ(chmod((root() + "/" + directory_ + "lib.def").c_str(), 0600), 0);
+  const std::string findings = Directory("--no-libraries");
+  EXPECT_THAT(findings, HasSubstr("ORBO.T.lib:3: warning: there is no " + root() +
+                                  "/etc/orbo/privileges/p: nobody holds the privilege"));
+  EXPECT_EQ(geteuid() == 0, findings.find("lib.def: error: the CGI programs, which run as nobody, "
+                                          "cannot read this file") != std::string::npos);
+  EXPECT_THAT(findings, Not(HasSubstr("ORBO.T.lib: error")));
+  Write("etc/orbo/privileges/p", "");
+  EXPECT_THAT(Directory("--no-libraries"), Not(HasSubstr("nobody holds")));
 }
 
 TEST_F(Check, EndsByWhatItFinds) {
@@ -221,6 +250,7 @@ TEST_F(Check, EndsByWhatItFinds) {
   EXPECT_EQ(Run("check ORBO.None.lib").output,
             "ORBO.None.lib: error: cannot be read: No such file or directory\n"
             "1 file, 0 APIs, 0 libraries: 1 error, 0 warnings\n");
+  EXPECT_THAT(Run("check /dev/null").output, HasSubstr("cannot be read: it is no regular file"));
 }
 
 // --- Handler libraries ---

@@ -29,6 +29,7 @@ TEST_F(New, MakesAWholeProjectOrNothing) {
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_THAT(result.errors, HasSubstr(directory));
   }
+  EXPECT_THAT(Output("new A.B --directory \"$(printf 'a\\033b')\""), HasSubstr("Made a?b."));
   EXPECT_EQ(ReadFile("/other/README.md"), "mine");
   EXPECT_EQ(std::distance(fs::directory_iterator(root() + "/other"), {}), 1);
 }

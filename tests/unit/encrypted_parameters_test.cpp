@@ -15,6 +15,7 @@
 #include "platform/linux/base64url.h"
 #include "platform/linux/crypto.h"
 #include "platform/linux/parameter_cipher.h"
+#include "platform/linux/parameter_format.h"
 #include "platform/linux/parameter_key.h"
 #include "platform/linux/parameter_seal.h"
 #include "platform/linux/replay_marks.h"
@@ -103,6 +104,36 @@ TEST_F(EncryptedParameters, KnownTextsOpenOnceWithinFiveMinutes) {
   }
 }
 
+TEST_F(EncryptedParameters, KeysOnTheWayAreThoseOfTheDocument) {
+  const CryptoModule* const crypto = OpenCryptoModule();
+  ASSERT_NE(nullptr, crypto);
+  const auto hex = [](const std::string& bytes) {
+    std::string text;
+    for (const unsigned char byte : bytes) {
+      text += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
+    }
+    return text;
+  };
+  std::string key;
+  const std::string_view rows[][3] = {
+      {kSealedLine, "eb459a6b30d70eb4c0ddcd34ea96ed59e8f8d1843c22dd895ab603aa13d9a81d",
+       "437bf7644a05f1a5e6e64906fd7466a4e16bbc60bf02faab566275803e9e2394"},
+      {kSealedKeyText, "aab80471e6c4b18c8dbad2771efbfc57dcf5decdda46760b8a4be3bdf5f73159",
+       "429deb94ff2a2489385a8bdf3bfe358fb368dcf12ec6822874163f5f67bbd387"}};
+  for (const auto& [sealed, secret, message_key] : rows) {
+    std::string point;
+    std::string agreed;
+    ASSERT_TRUE(DecodeBase64Url(sealed.substr(20), point));
+    point.resize(kPointSize);
+    EXPECT_TRUE(crypto->agree(kPem, point, agreed));
+    EXPECT_EQ(secret, hex(agreed));
+    EXPECT_TRUE(DeriveMessageKey(*crypto, {kPem, point, point, kId}, sealed.substr(0, 2), key));
+    EXPECT_EQ(message_key, hex(key));
+  }
+  EXPECT_TRUE(DerivePairKey(*crypto, kKeyText, key));
+  EXPECT_EQ("c184dbb57fd634d3c12bee791d112cbf274070560d68c01e20eeeaf36aa712cf", hex(key));
+}
+
 TEST_F(EncryptedParameters, AnyOtherTextIsRefused) {
   for (const std::string sealed : {kSealedLine, kSealedKeyText, kLineByKeyText}) {
     for (std::size_t i = 0; i < sealed.size(); ++i) {
@@ -134,6 +165,9 @@ TEST_F(EncryptedParameters, AnyOtherTextIsRefused) {
   EXPECT_EQ("", Open("w1.f857ae4ed6e34e33.BHMQPsMLPM9X2q4I6TU0rvFEo1lAz2u7oSoM98vV1lpk2CyMmenTxF-S"
                      "RbqbJ5gsmuqOwduUsZxEeVlCwOsiqjK7Iz25DtFZEGg4AVI4QSw61pDYXihGypfMeNvmMNr35rly"
                      "2W5gBDeKPPVzVreJUAxI_OQg9IiE"));
+  std::string short_text = "seven b";
+  std::int64_t sent = 0;
+  EXPECT_FALSE(TakeTime(short_text, sent));
   // The same key under another name.
   Store("0123456789abcdef", kSent);
   EXPECT_EQ("", Open("e1.0123456789abcdef" + std::string(kSealedLine + 19)));
@@ -190,13 +224,46 @@ TEST_F(EncryptedParameters, TheNewestKeyIsTheCurrentOneWhateverTheClockSays) {
   Store(kId, WallClock() + 3600000);
   ParameterKey first;
   ParameterKey second;
+  const std::string half = ParameterKeyDirectory() + "/.new-half";
+  std::ofstream(half).flush();
+  fs::last_write_time(half, fs::file_time_type::clock::now() - std::chrono::hours(2));
   ASSERT_TRUE(RotateParameterKeys(first) && RotateParameterKeys(second));
+  EXPECT_FALSE(fs::exists(half)) << "which may hold a key";
   const std::vector<ParameterKey> keys = ParameterKeys(WallClock());
   ASSERT_EQ(3U, keys.size());
   EXPECT_EQ(second.id + first.id + kId, keys[0].id + keys[1].id + keys[2].id);
   EXPECT_EQ(0, keys[0].expires);
   EXPECT_EQ(keys[0].created + 86400000, keys[1].expires);
   EXPECT_EQ(fs::perms(0600), fs::status(KeyPath(second.id)).permissions());
+}
+
+TEST_F(EncryptedParameters, FilesThatCannotBeKeysAreLeftOut) {
+  const struct {
+    std::string text;
+    unsigned mode;
+    bool is_key;
+  } rows[] = {
+      {"created=-1\n", 0600, false},
+      {"created=1s\n", 0600, false},
+      {"created=1\n" + std::string(4096, '\n'), 0600, false},
+      {"created=1\n", 0620, false},
+      {"created=1\n", 0600, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text.substr(0, 12) + std::to_string(row.mode));
+    LogCapture log;
+    std::ofstream(KeyPath(kId)) << row.text;
+    fs::permissions(KeyPath(kId), fs::perms(row.mode));
+    EXPECT_EQ(row.is_key, !ParameterKeys(kSent).empty());
+    EXPECT_EQ(row.is_key, !log.Has(kId));
+  }
+  LogCapture log;
+  fs::rename(KeyPath(kId), KeyPath("../elsewhere"));
+  Store("F857AE4ED6E34E33", 1);
+  Store("f857ae4ed6e34e33.pem.old", 1);
+  EXPECT_TRUE(ParameterKeys(kSent).empty() && log.lines().empty());
+  fs::create_symlink(KeyPath("../elsewhere"), KeyPath(kId));
+  EXPECT_TRUE(ParameterKeys(kSent).empty() && log.Has(kId));
 }
 
 TEST_F(EncryptedParameters, OneKeyIsMadeHoweverManyComeFirst) {
@@ -214,44 +281,54 @@ TEST_F(EncryptedParameters, OneKeyIsMadeHoweverManyComeFirst) {
 }
 
 TEST_F(EncryptedParameters, MarksOfOldMessagesGo) {
-  const auto mark = [](const std::string& name) { return Replays() + name; };
+  const auto exists = [](const std::string& name) { return fs::exists(Replays() + name); };
+  const std::vector<std::string> over = {"1759999399-old", "1760086401-ahead", "other"};
+  const std::vector<std::string> kept = {"1759999400-young", "1760086400-to-come"};
+  const auto make = [](const std::string& name) { std::ofstream(Replays() + name).flush(); };
   ASSERT_TRUE(MarkMessage("first", kSent, kSent));
-  for (const char* name : {"1759999399-old", "1760000601-ahead", "1759999400-young", "other"}) {
-    std::ofstream(mark(name)).flush();
+  std::for_each(kept.begin(), kept.end(), make);
+  // The last sweep was some time ago, or under another clock.
+  for (const int seconds : {-11, 3600}) {
+    std::for_each(over.begin(), over.end(), make);
+    const std::string number = std::to_string(seconds);
+    EXPECT_TRUE(MarkMessage("second" + number, kSent, kSent));
+    EXPECT_TRUE(std::all_of(over.begin(), over.end(), exists)) << "swept too soon";
+    fs::last_write_time(Replays() + ".swept",
+                        fs::file_time_type::clock::now() + std::chrono::seconds(seconds));
+    EXPECT_TRUE(MarkMessage("third" + number, kSent, kSent));
+    EXPECT_TRUE(std::none_of(over.begin(), over.end(), exists));
+    EXPECT_TRUE(std::all_of(kept.begin(), kept.end(), exists));
   }
-  EXPECT_TRUE(MarkMessage("second", kSent, kSent));
-  EXPECT_TRUE(fs::exists(mark("1759999399-old"))) << "swept too soon";
-  const auto swept = fs::file_time_type::clock::now() - std::chrono::seconds(11);
-  fs::last_write_time(mark(".swept"), swept);
-  EXPECT_TRUE(MarkMessage("third", kSent, kSent));
-  for (const char* name : {"1759999399-old", "1760000601-ahead", "other"}) {
-    EXPECT_FALSE(fs::exists(mark(name))) << name;
-  }
-  EXPECT_TRUE(fs::exists(mark("1759999400-young")));
   EXPECT_FALSE(MarkMessage("first", kSent, kSent));
 }
 
 TEST_F(EncryptedParameters, WhatCannotBeMarkedIsRefused) {
   LogCapture log;
   ASSERT_TRUE(MarkMessage("first", kSent, kSent));
-  std::ofstream(Replays() + ".swept") << "x";  // too many
+  std::ofstream(Replays() + ".swept") << "xx";  // too many
   EXPECT_EQ("", Open(kSealedLine));
+  EXPECT_EQ("", Open(kSealedLine));
+  EXPECT_EQ(1U, log.lines().size()) << "of a flood";
   fs::remove_all(Replays());
   std::ofstream(Root() + "/run/orbo/replays").flush();
   EXPECT_EQ("", Open(kSealedLine));
   fs::remove(Root() + "/run/orbo/replays");
   EXPECT_NE("", Open(kSealedLine));
-  // One process must not fill the directory, either.
-  if (fork() == 0) {
+}
+
+TEST_F(EncryptedParameters, OneProcessGetsNoMoreThanItsShareOfTheMarks) {
+  LogCapture log;
+  // How many are left of this second's, or of the next one's.
+  const auto count_left = [](const std::string& name) {
     int count = 0;
-    while (count < 300 && MarkMessage("m" + std::to_string(count), kSent, kSent)) {
-      ++count;
+    while (MarkMessage(name + std::to_string(count), kSent, kSent) ? ++count > 0 : count == 0) {
     }
-    _exit(count < 300 ? 0 : 1);
-  }
-  int status = -1;
-  wait(&status);
-  EXPECT_EQ(0, status);
+    return count;
+  };
+  // Twice the number where a second ends meanwhile.
+  EXPECT_LE(count_left("any"), 2 * 64);
+  std::ofstream(Replays() + ".swept") << "x";  // many
+  EXPECT_LE(count_left("few"), 2 * 3);
 }
 
 TEST_F(EncryptedParameters, ALineIsOpenedInPlace) {

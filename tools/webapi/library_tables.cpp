@@ -1,7 +1,6 @@
 #include "library_tables.h"
 
 #include <dlfcn.h>
-#include <grp.h>
 #include <json/value.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,10 +9,9 @@
 
 #include <webapi/APIRunner.h>
 
-#include "platform/linux/name_service.h"
-#include "platform/linux/platform_conf.h"
 #include "run_apart.h"
 #include "runner/library_file.h"
+#include "service_rights.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
 #include "util/write_file.h"
@@ -26,21 +24,6 @@ namespace {
 // How far it got, as letters before the report.
 constexpr char kOpening = 'o';
 constexpr char kReading = 'r';
-
-// Whether root has another user to become.
-bool FindService(std::string& user, Account& account) {
-  user = PlatformSetting("service_user");
-  return geteuid() == 0 && FindAccount(user.c_str(), account);
-}
-
-void TakeServiceRights() {
-  Account account;
-  std::string user;
-  if (FindService(user, account) && (initgroups(user.c_str(), account.group) != 0 ||
-                                     setgid(account.group) != 0 || setuid(account.user) != 0)) {
-    _exit(1);
-  }
-}
 
 Json::Value Text(const char* text) { return Json::Value(text == nullptr ? "" : text); }
 
@@ -139,12 +122,6 @@ void NoHandler(APIRequest* /*request*/, APIResponse* /*response*/) {}
 bool NoCheck(APIRequest* /*request*/, APIResponse* /*response*/) { return true; }
 
 }  // namespace
-
-bool OpensAsRoot() {
-  Account account;
-  std::string user;
-  return geteuid() == 0 && !FindService(user, account);
-}
 
 LibraryTables ReadLibraryTables(const std::string& path, int seconds) {
   const ApartResult result = RunApart(seconds, [&path](int output) { Report(path, output); });

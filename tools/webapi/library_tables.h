@@ -27,9 +27,6 @@ struct LibraryTables {
   bool has_null_checks = false;  // there is a function for the check table, and no table
 };
 
-// Whether a library would be opened with root's rights.
-bool OpensAsRoot();
-
 // Opens the handler library `path`, as a description names it, and reads its tables, as
 // the runner does, in a process of its own, which is ended after `seconds`: a library
 // may crash, hang or end the process.  Run by root it takes the rights of the user

@@ -40,8 +40,8 @@ Json::Value MethodNames(const Json::Value& list) {
 Json::Value ToJson(const std::string& name, const Json::Value& description) {
   Json::Value api(Json::objectValue);
   api["api"] = name;
-  api["min_version"] = JSON::AsInt(JSON::At(description, "minVersion"));
-  api["max_version"] = JSON::AsInt(JSON::At(description, "maxVersion"));
+  api["min_version"] = JSON::At(description, "minVersion");
+  api["max_version"] = JSON::At(description, "maxVersion");
   Json::Value& methods = api["methods"];
   methods = Json::Value(Json::objectValue);
   const Json::Value& lists = JSON::At(description, "methods");

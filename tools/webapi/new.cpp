@@ -10,6 +10,7 @@
 
 #include "Arguments.h"
 #include "output.h"
+#include "printable.h"
 #include "scaffold_files.h"
 #include "util/Descriptor.h"
 #include "util/write_file.h"
@@ -153,8 +154,9 @@ ExitCode Run(const Arguments& arguments) {
   }
   const Names names = NamesOf(api);
   const std::string directory = arguments.Value("directory", names.project);
+  const std::string shown = Printable(directory);
   return MakeProject(directory, names) &&
-                 Print("Made " + directory + ".  Build and test it:\n  cd " + directory +
+                 Print("Made " + shown + ".  Build and test it:\n  cd " + shown +
                        "\n  cmake -B build\n  cmake --build build\n  ctest --test-dir build\n")
              ? kDone
              : kFailed;

@@ -35,7 +35,7 @@ class HandlerAnswer {
 
   // --- The answer as HTTP ---
 
-  // 200 where the answer sets none; 0 where there is no answer.
+  // Where the answer sets none 200, or 302 with a "Location"; 0 where there is no answer.
   int Status() const;
   // The value of the first header of that name, in any case; "" without one.
   std::string Header(const std::string& name) const;

@@ -22,7 +22,8 @@ class HandlerTestPrivate;
 // CGI program: parameters on the wire, the API's description, the user's session and
 // rights, the upload, the check table, the handler out of its library, the answer.  Each
 // runs in a process of its own, with its own environment and streams, so that nothing
-// that a handler does to its process reaches the test.
+// that a handler does to its process reaches the test.  What it logs appears on the
+// standard error output.
 //
 // The system around it is a temporary directory, which WEBAPI_ROOT names in the call.  It
 // has the system's own defaults (lib.def) and nothing else.  The directory, and what calls
@@ -49,7 +50,7 @@ class HandlerTest {
   // a domain user, an "@" a directory user.  No account is needed, but then the user has
   // no user id.
   HandlerTest& User(const std::string& name);
-  // The same, as an administrator.
+  // The same, as an administrator, which the user stays.
   HandlerTest& Administrator(const std::string& name);
   // Gives the user who is logged in the application privilege `name`.
   HandlerTest& Privilege(const std::string& name);

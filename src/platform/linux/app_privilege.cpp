@@ -1,5 +1,6 @@
+#include "platform/linux/app_privilege.h"
+
 #include <algorithm>
-#include <string>
 #include <string_view>
 
 #include "platform/linux/address.h"
@@ -71,10 +72,15 @@ bool Grants(std::string_view line, const Client& client, const char* privilege) 
 
 }  // namespace
 
+std::string ORBO::PrivilegeFile(std::string_view name) {
+  return IsPrivilegeName(name) ? RootedPath(kDirectory).append(name) : "";
+}
+
 int QLIBAppPrivUserHas(const char* user, const char* privilege, const char* remote_ip) {
   std::string text;
-  if (user == nullptr || *user == '\0' || privilege == nullptr || !IsPrivilegeName(privilege) ||
-      !ORBO::ReadWholeFile(ORBO::RootedPath(kDirectory) + privilege, text)) {
+  if (user == nullptr || *user == '\0' || privilege == nullptr ||
+      ORBO::PrivilegeFile(privilege).empty() ||
+      !ORBO::ReadWholeFile(ORBO::PrivilegeFile(privilege), text)) {
     return 0;
   }
   std::string_view rest = text;

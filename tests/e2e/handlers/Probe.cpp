@@ -56,6 +56,18 @@ void Facts(APIRequest* request, APIResponse* response) {
   response->SetSuccess(data);
 }
 
+// How the process was started, and what of the request is in its environment.
+void Start(APIRequest*, APIResponse* response) {
+  sigset_t blocked;
+  sigprocmask(SIG_BLOCK, nullptr, &blocked);
+  Json::Value data(Json::arrayValue);
+  data.append(static_cast<int>(umask(0)));
+  data.append(sigismember(&blocked, SIGTERM));
+  data.append(Variable("QUERY_STRING"));
+  data.append(Variable("CONTENT_TYPE"));
+  response->SetSuccess(data);
+}
+
 // What the request and the process hold under names that the system trusts.
 void Trusted(APIRequest* request, APIResponse* response) {
   Json::Value data(Json::objectValue);
@@ -295,6 +307,7 @@ std::vector<ORBO::_tag_API_TABLE> Methods() {
       {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
       {kFree, 1, "touch", Touch},        {kPermission, 1, "work", Work},
       {kProbe, 1, "leave", Leave},       {kProbe, 1, "hang", Hang},
+      {kProbe, 1, "start", Start},
   };
   for (const char* method : {"who", "idle", "admin.local", "admin.domain", "admin.ldap",
                              "normal.local", "normal.domain", "normal.ldap"}) {

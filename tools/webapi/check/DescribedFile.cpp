@@ -23,7 +23,9 @@ std::string_view DocumentOf(std::string_view text) {
 bool ReadJsonObject(const std::string& name, const std::string& shown, std::string& text,
                     Findings& findings) {
   if (!ReadWholeFile(name, text)) {
-    findings.Error({shown}, std::string("cannot be read: ") + std::strerror(errno));
+    // Of what is neither a file nor a directory.
+    const char* const reason = errno == EINVAL ? "it is no regular file" : std::strerror(errno);
+    findings.Error({shown}, std::string("cannot be read: ") + reason);
     return false;
   }
   const JsonSource source{shown, text};

@@ -14,6 +14,7 @@
 #include "check/json_faults.h"
 #include "check/library_rules.h"
 #include "check/place_rules.h"
+#include "check/read_rules.h"
 #include "runner/DescriptionDefaults.h"
 #include "runner/description_candidates.h"
 #include "util/WorkingDirectoryGuard.h"
@@ -37,6 +38,7 @@ struct Selection {
 // Works in the directory of the selection.
 void CheckFiles(const Selection& selection, const CheckOptions& options, PathCheck& paths,
                 CheckCounts& counts, Findings& findings) {
+  CheckReading(selection.names, selection.shown, findings);
   DescriptionDefaults defaults;
   defaults.Read(kDefaultsFile);
   std::vector<std::unique_ptr<DescribedFile>> files;
@@ -94,6 +96,7 @@ void CheckPath(const std::string& path, const CheckOptions& options, PathCheck& 
   Selection selection = SelectFile(path);
   if (is_directory) {
     selection = {path, path.back() == '/' ? path : path + "/", {}, true};
+    paths.Check(path);
   }
   const WorkingDirectoryGuard directory(selection.directory);
   if (!directory.IsEntered()) {
@@ -102,7 +105,6 @@ void CheckPath(const std::string& path, const CheckOptions& options, PathCheck& 
   }
   if (is_directory) {
     selection.names = SelectAll(selection.shown, findings);
-    paths.Check(".");
   }
   CheckFiles(selection, options, paths, counts, findings);
 }

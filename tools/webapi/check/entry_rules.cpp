@@ -1,18 +1,23 @@
 #include "check/entry_rules.h"
 
-#include <cstdint>
+#include <unistd.h>
+
+#include <filesystem>
 #include <limits>
 #include <string>
+#include <system_error>
 
 #include "check/known_names.h"
 #include "check/method_rules.h"
 #include "check/permission_rules.h"
 #include "entry/auth_level.h"
+#include "platform/linux/app_privilege.h"
 #include "runner/description_rules.h"
 #include "runner/entry_api.h"
 #include "util/json_scan.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
+#include "util/paths.h"
 
 namespace ORBO::tool {
 namespace {
@@ -96,6 +101,24 @@ void CheckRange(const Subject& subject) {
   }
 }
 
+// Whether the working directory is the one whose descriptions are served here.
+bool IsServedHere() {
+  std::error_code error;
+  return std::filesystem::equivalent(".", RootedPath(kWebAPIDirectory), error);
+}
+
+void CheckPrivilege(const Subject& subject) {
+  const std::string name = JSON::AsString(JSON::At(subject.info, "appPriv"));
+  const std::string file = PrivilegeFile(name);
+  if (!name.empty() && file.empty()) {
+    subject.findings.Error(subject.At("appPriv"), "no application privilege can have the name " +
+                                                      Quoted(name) + ": nobody may call");
+  } else if (!name.empty() && IsServedHere() && access(file.c_str(), F_OK) != 0) {
+    subject.findings.Warn(subject.At("appPriv"),
+                          "there is no " + file + ": nobody holds the privilege");
+  }
+}
+
 void CheckPermission(const Subject& subject) {
   const Json::Value& level = JSON::At(subject.info, "authLevel");
   const Json::Value& classes = JSON::At(subject.info, "allowUser");
@@ -110,6 +133,9 @@ void CheckPermission(const Subject& subject) {
     if (subject.HasOwn(key) && !is_checked) {
       subject.findings.Warn(subject.At(key), std::string(key) + " has no effect with authLevel 0");
     }
+  }
+  if (is_checked && JSON::IsString(JSON::At(subject.info, "appPriv"))) {
+    CheckPrivilege(subject);
   }
   if (JSON::IsNull(classes) && !subject.HasOwn("allowUser") &&
       ToAuthLevel(level) == AuthLevel::kRequired) {

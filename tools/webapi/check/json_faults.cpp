@@ -132,7 +132,10 @@ std::size_t FaultFinder::Value(std::size_t position) {
     return String(position);
   }
   const std::size_t end = JSON::SkipValue(text_, position, kComments);
-  return end != kMalformed ? end : Fail(position, "this is no JSON value");
+  const bool is_mark = text_.substr(position, 3) == "\xef\xbb\xbf";
+  return end != kMalformed ? end
+                           : Fail(position, is_mark ? "no byte order mark may stand in the file"
+                                                    : "this is no JSON value");
 }
 
 bool IsContainer(std::string_view value) { return value.front() == '{' || value.front() == '['; }

@@ -3,6 +3,8 @@
 #include <json/value.h>
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "util/json_cursor.h"
 #include "util/json_text.h"
@@ -14,6 +16,13 @@ constexpr JSON::Comments kComments = JSON::Comments::kAllowed;
 
 }  // namespace
 
+JsonSource::JsonSource(std::string shown_name, std::string_view whole_text)
+    : shown(std::move(shown_name)), text(whole_text), line_begins_{0} {
+  for (std::size_t end = 0; (end = text.find('\n', end)) != std::string_view::npos;) {
+    line_begins_.push_back(++end);
+  }
+}
+
 Place JsonSource::At(std::string_view piece) const {
   Place place = AtColumn(static_cast<std::size_t>(piece.data() - text.data()));
   place.column = 0;
@@ -21,11 +30,9 @@ Place JsonSource::At(std::string_view piece) const {
 }
 
 Place JsonSource::AtColumn(std::size_t offset) const {
-  const std::string_view before = text.substr(0, offset);
-  const std::size_t line_end = before.rfind('\n');
-  const std::size_t line_begin = line_end == std::string_view::npos ? 0 : line_end + 1;
-  const auto lines = std::count(before.begin(), before.end(), '\n');
-  return {shown, static_cast<std::size_t>(lines) + 1, before.size() - line_begin + 1};
+  const auto next = std::upper_bound(line_begins_.begin(), line_begins_.end(), offset);
+  const auto line = static_cast<std::size_t>(next - line_begins_.begin());
+  return {shown, line, offset - *std::prev(next) + 1};
 }
 
 std::vector<Member> ChildrenOf(std::string_view text) {

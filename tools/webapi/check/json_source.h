@@ -11,16 +11,20 @@
 namespace ORBO::tool {
 
 // A JSON file whose text is kept by somebody else.
-struct JsonSource {
-  std::string shown;      // the file's name in findings
-  std::string_view text;  // all of it
+class JsonSource {
+ public:
+  JsonSource(std::string shown_name, std::string_view whole_text);
 
   // Where `piece`, a part of the text, begins.
   Place At(std::string_view piece) const;
   // The same with the column.
   Place AtColumn(std::size_t offset) const;
-  // The file as a whole.
-  Place Whole() const { return {shown}; }
+
+  const std::string shown;      // the file's name in findings
+  const std::string_view text;  // all of it
+
+ private:
+  std::vector<std::size_t> line_begins_;  // findings may be as many as lines
 };
 
 using JSON::Member;

@@ -13,6 +13,7 @@
 #include "runner/entry_api.h"
 #include "runner/method_lookup.h"
 #include "runner/table_lookup.h"
+#include "service_rights.h"
 #include "util/json_scan.h"
 #include "util/json_text.h"
 

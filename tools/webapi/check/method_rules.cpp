@@ -40,6 +40,8 @@ class MethodCheck {
         is_built_in_(entry.api == kEntryAPI),
         checks_users_(is_built_in_ || ToAuthLevel(JSON::At(info, "authLevel")) != AuthLevel::kNone),
         info_(info),
+        has_range_(JSON::IsInt(JSON::At(info, "minVersion")) &&
+                   JSON::IsInt(JSON::At(info, "maxVersion"))),
         findings_(findings) {}
 
   void CheckVersion(const Member& version);
@@ -55,6 +57,7 @@ class MethodCheck {
   const bool is_built_in_;
   const bool checks_users_;
   const Json::Value& info_;
+  const bool has_range_;  // otherwise that has been reported
   std::set<int> listed_;  // versions of the range that have a list
   Findings& findings_;
 };
@@ -65,7 +68,7 @@ void MethodCheck::CheckVersion(const Member& version) {
   int number = 0;
   if (!IsVersionName(name, number)) {
     findings_.Error(place, Quoted(name) + " is no version that a call can name");
-  } else if (!IsInVersionRange(info_, number)) {
+  } else if (has_range_ && !IsInVersionRange(info_, number)) {
     findings_.Error(place, "version " + name + " lies outside minVersion and maxVersion");
   } else {
     listed_.insert(number);
@@ -107,8 +110,9 @@ void MethodCheck::CheckElement(const Member& element, std::set<std::string>& nam
     CheckName(method, names);
     if (!method.text.empty() && method.text.front() != '{') {
       findings_.Error(source_.At(method.key), "the attributes of a method must be an object");
+    } else {
+      CheckAttributes(source_, method.text, checks_users_, findings_);
     }
-    CheckAttributes(source_, method.text, checks_users_, findings_);
   }
 }
 
@@ -125,6 +129,9 @@ void MethodCheck::CheckName(const Member& method, std::set<std::string>& names) 
 }
 
 void MethodCheck::CheckRange(const Place& place) const {
+  if (!has_range_) {
+    return;
+  }
   constexpr std::int64_t kHighest = std::numeric_limits<int>::max();
   const std::int64_t highest = std::min(JSON::AsInt64(JSON::At(info_, "maxVersion")), kHighest);
   std::int64_t expected = std::max<std::int64_t>(JSON::AsInt64(JSON::At(info_, "minVersion")), 1);

@@ -4,12 +4,23 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <memory>
+#include <filesystem>
+#include <system_error>
+#include <vector>
 
 namespace ORBO::tool {
 namespace {
+
+namespace fs = std::filesystem;
+
+// As many as the system follows.
+constexpr int kMostLinks = 40;
+
+// Puts the steps of a path in front of those that are left; the next one stands last.
+void AddSteps(const fs::path& path, std::vector<fs::path>& steps) {
+  const std::vector<fs::path> added(path.begin(), path.end());
+  steps.insert(steps.end(), added.rbegin(), added.rend());
+}
 
 std::string NameOf(uid_t user) {
   const passwd* const account = getpwuid(user);
@@ -26,13 +37,16 @@ bool IsOwnGroup(uid_t user, gid_t group) {
 
 bool PathCheck::CheckOne(const std::string& path) {
   struct stat status;
-  if (stat(path.c_str(), &status) != 0) {
+  if (lstat(path.c_str(), &status) != 0) {
     return true;
   }
   if (status.st_uid != 0 && status.st_uid != geteuid()) {
     findings_.Warn({path}, "belongs to " + NameOf(status.st_uid) +
                                ", who may change what runs with the web server's rights");
     return false;
+  }
+  if (S_ISLNK(status.st_mode)) {
+    return true;
   }
   // In a directory with the sticky bit everybody may only change what is his own.
   const bool is_sticky = S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
@@ -48,17 +62,34 @@ bool PathCheck::CheckOne(const std::string& path) {
   return true;
 }
 
+bool PathCheck::Judge(const std::string& path) {
+  if (safe_.count(path) == 0 && unsafe_.count(path) == 0) {
+    (CheckOne(path) ? safe_ : unsafe_).insert(path);
+  }
+  return safe_.count(path) != 0;
+}
+
 bool PathCheck::Check(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
-                                                             std::free);
-  std::string rest = resolved != nullptr ? resolved.get() : "";
+  std::error_code error;
+  std::vector<fs::path> steps;
+  AddSteps(fs::absolute(path, error), steps);
+  fs::path place;
+  int links = 0;
   bool is_safe = true;
-  while (!rest.empty()) {
-    if (safe_.count(rest) == 0 && unsafe_.count(rest) == 0) {
-      (CheckOne(rest) ? safe_ : unsafe_).insert(rest);
+  while (!steps.empty()) {
+    const fs::path step = steps.back();
+    steps.pop_back();
+    if (step.empty() || step == ".") {
+      continue;
     }
-    is_safe = is_safe && unsafe_.count(rest) == 0;
-    rest = rest == "/" ? "" : rest.substr(0, std::max<std::size_t>(rest.rfind('/'), 1));
+    const fs::path next = step == ".." ? place.parent_path() : place / step;
+    is_safe = Judge(next) && is_safe;
+    const fs::path target = fs::read_symlink(next, error);
+    if (error) {
+      place = next;
+    } else if (++links <= kMostLinks) {
+      AddSteps(target, steps);
+    }
   }
   return is_safe;
 }

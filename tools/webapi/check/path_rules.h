@@ -13,11 +13,13 @@ class PathCheck {
  public:
   explicit PathCheck(Findings& findings) : findings_(findings) {}
 
-  // Judges `path` and the directories above it, each once.  True if nobody may change
-  // them but root and who runs this command.  What does not exist is passed over.
+  // Judges `path`, the directories on the way to it, and what links there lead to, each
+  // once.  True if nobody may change them but root and who runs this command.  What does
+  // not exist is passed over.
   bool Check(const std::string& path);
 
  private:
+  bool Judge(const std::string& path);
   bool CheckOne(const std::string& path);
 
   Findings& findings_;

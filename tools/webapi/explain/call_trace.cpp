@@ -21,6 +21,7 @@
 #include "runner/DescriptionDefaults.h"
 #include "runner/entry_api.h"
 #include "runner/table_lookup.h"
+#include "service_rights.h"
 #include "util/error_codes.h"
 #include "util/json_text.h"
 #include "util/json_types.h"

@@ -1,0 +1,142 @@
+// The parameters of a request: the first line is the query string, the rest the body.
+
+#include <json/reader.h>
+#include <webapi/APIRequest.h>
+
+#include <memory>
+#include <string>
+
+#include "platform/cgi.h"
+#include "platform/cipher.h"
+#include "platform/webapi_util.h"
+#include "support/FuzzInput.h"
+#include "support/require.h"
+#include "support/scratch.h"
+#include "util/json_text.h"
+#include "util/json_types.h"
+
+namespace ORBO {
+namespace {
+
+using WebAPIUtil::strPairToJsonObj;
+using WebAPIUtil::URLDecode;
+using WebAPIUtil::URLEncode;
+
+constexpr std::size_t kMostPairs = 4096;
+
+// What the packaged reader makes of a text that the system's own has accepted.
+void CheckByOtherReader(const std::string& text, const Json::Value& value) {
+  static const auto reader = [] {
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    builder["strictRoot"] = false;
+    builder["rejectDupKeys"] = false;
+    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+  }();
+  // It refuses surrogates that stand alone.
+  if (text.find("\\u") == std::string::npos) {
+    Json::Value other;
+    Require(reader->parse(text.data(), text.data() + text.size(), &other, nullptr));
+    Require(other == value);
+  }
+}
+
+Json::Value TypedValue(const std::string& text) {
+  Json::Value value;
+  const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  if (text.empty() || is_blank(text.front()) || is_blank(text.back()) ||
+      !JSON::Parse(text, value)) {
+    return text;
+  }
+  CheckByOtherReader(text, value);
+  return value;
+}
+
+// What the line means, worked out piece by piece.  False if it has too many.
+bool TakeApart(const std::string& line, Json::Value& out) {
+  std::size_t count = 0;
+  for (std::size_t begin = 0, end = 0; begin <= line.size(); begin = end + 1) {
+    end = std::min(line.find('&', begin), line.size());
+    const std::string piece = line.substr(begin, end - begin);
+    if (!piece.empty()) {
+      const std::size_t equals = std::min(piece.find('='), piece.size());
+      out[URLDecode(piece.substr(0, equals), false)] =
+          TypedValue(URLDecode(piece.substr(std::min(equals + 1, piece.size())), false));
+      ++count;
+    }
+  }
+  return count <= kMostPairs;
+}
+
+std::string ToLine(const Json::Value& params) {
+  std::string line;
+  for (auto param = params.begin(); param != params.end(); ++param) {
+    line += URLEncode(param.name()) + "=" + URLEncode(JSON::ToText(*param)) + "&";
+  }
+  return line;
+}
+
+Json::Value Read(const std::string& line) {
+  Json::Value params(Json::objectValue);
+  Json::Value expected(Json::objectValue);
+  const bool is_small = TakeApart(line, expected);
+  Require(strPairToJsonObj(line, params, true, true) == is_small);
+  Require(params == (is_small ? expected : Json::Value(Json::objectValue)));
+
+  // Written and read again it is the same, but for malformed UTF-8, which is repaired.
+  Json::Value repaired(Json::objectValue);
+  Json::Value again(Json::objectValue);
+  Require(strPairToJsonObj(ToLine(params), repaired, true, true));
+  Require(strPairToJsonObj(ToLine(repaired), again, true, true) && again == repaired);
+  return params;
+}
+
+bool IsPlain(const Json::Value& params) {
+  const Json::Value* const nested = JSON::Find(params, "webapi");
+  return !JSON::Has(params, kCipherTextMember) && !JSON::Has(params, kKeyTokenMember) &&
+         (nested == nullptr || IsPlain(*nested));
+}
+
+void CheckTyped(APIRequest& request, const std::string& name, const Json::Value& value) {
+  const auto text = request.GetAndCheckString(name, APIRequest::PARAM_OPTIONAL);
+  Require(!JSON::IsString(value) || (text.IsSet() && text.Get() == JSON::AsString(value)));
+  const auto number = request.GetAndCheckIntegral<long long>(name, APIRequest::PARAM_OPTIONAL);
+  Require(!JSON::IsInt(value) || (number.IsSet() && number.Get() == JSON::AsInt64(value)));
+  const auto list = request.GetAndCheckUnitArray(name, APIRequest::PARAM_OPTIONAL);
+  Require(!list.IsSet() || JSON::IsArray(list.Get()));
+  request.GetAndCheckInt(name, APIRequest::PARAM_REQUIRED);
+  request.GetAndCheckBool(name, APIRequest::PARAM_REQUIRED);
+  request.GetAndCheckReal(name, APIRequest::PARAM_REQUIRED);
+  request.GetAndCheckObject(name, APIRequest::PARAM_REQUIRED);
+}
+
+}  // namespace
+
+void TestInput(FuzzInput input) {
+  EnterScratchRoot();
+  std::string get = input.TakeLine();
+  const std::string post(input.TakeRest());
+  Json::Value params;
+  params["getParam"] = Read(get);
+  params["postParam"] = Read(post);
+
+  APIRequest request{Json::Value()};
+  request.InitParam(params, false);
+  const bool is_plain = IsPlain(params["getParam"]) && IsPlain(params["postParam"]);
+  Json::Value merged = params["getParam"];
+  for (const std::string& name : params["postParam"].getMemberNames()) {
+    merged[name] = params["postParam"][name];
+  }
+  Require(!is_plain || request.GetParam("", Json::Value()) == merged);
+  for (const std::string& name : merged.getMemberNames()) {
+    Require(name.empty() || !is_plain || request.GetParam(name, Json::Value()) == merged[name]);
+    CheckTyped(request, name, is_plain && !name.empty() ? merged[name] : Json::Value());
+  }
+
+  const std::string before = get.c_str();
+  const bool is_opened = OrboCgiDetectAndDecryptParamLine(get.data()) != 0;
+  Require(before == get.c_str() || before.find(kCipherTextMember) != std::string::npos);
+  Require(is_opened || before == get.c_str());
+}
+
+}  // namespace ORBO

@@ -1,0 +1,161 @@
+// Enciphered parameters.  The first byte of an input says what becomes of the rest:
+//   t  it is the enciphered text of a line
+//   k  its first line is the token of a pair, the rest the pair's text
+//   s  it is a line that is sealed and sent as a text within "webapi"
+//   p  the same as a pair
+//   l  the same as a text within a line of other parameters
+// In front of "s" or "p" may stand "c" and two bytes, which change what was sealed.
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "platform/cgi.h"
+#include "platform/cipher.h"
+#include "platform/linux/base64url.h"
+#include "platform/linux/parameter_key.h"
+#include "platform/linux/parameter_seal.h"
+#include "platform/linux/replay_marks.h"
+#include "platform/linux/wall_clock.h"
+#include "platform/webapi_util.h"
+#include "request/encrypted_params.h"
+#include "support/FuzzInput.h"
+#include "support/require.h"
+#include "support/scratch.h"
+#include "util/json_types.h"
+
+namespace ORBO {
+namespace {
+
+std::set<std::string>& Marks() {
+  static std::set<std::string> marks;
+  return marks;
+}
+
+}  // namespace
+
+// Instead of the file for each message, of which a process may make few in a second.
+bool MarkMessage(const std::string& name, std::int64_t /*sent*/, std::int64_t /*now*/) {
+  return Marks().insert(name).second;
+}
+
+namespace {
+
+// The public key that messages are sealed for.
+const std::string& PublicKey() {
+  static const std::string spki = [] {
+    EnterScratchRoot();
+    ParameterKey key;
+    std::string text;
+    Require(CurrentParameterKey(key) && DecodeBase64Url(key.spki, text));
+    return text;
+  }();
+  return spki;
+}
+
+struct Change {
+  std::size_t place = 0;
+  unsigned char by = 0;
+
+  void Make(std::string& text) const {
+    if (!text.empty()) {
+      char& c = text[text.size() * place / 256];
+      c = static_cast<char>(c ^ by);
+    }
+  }
+};
+
+// The parameters in plain, or null.
+Json::Value Opened(Json::Value params) { return DecryptParam(params) ? params : Json::Value(); }
+
+bool HasReserved(const Json::Value& params) {
+  return JSON::Has(params, kCipherTextMember) || JSON::Has(params, kKeyTokenMember) ||
+         JSON::Has(params, kKeyedTextMember) || JSON::Has(params, "webapi");
+}
+
+// A message opens once and to its line, and one that was changed does not open.
+void CheckMessage(const Json::Value& message, const Json::Value& expected, bool is_changed) {
+  Json::Value outer;
+  outer["a"] = "before";
+  outer["webapi"] = message;
+  outer["webapi"]["kept"] = "before";
+  const Json::Value opened = Opened(outer);
+  if (is_changed || expected.isNull()) {
+    Require(opened.isNull());
+  } else if (!HasReserved(expected)) {
+    Json::Value merged = expected;
+    merged["kept"] = JSON::At(expected, "kept", Json::Value("before"));
+    Require(opened["a"] == "before" && opened["webapi"] == merged);
+  }
+  Require(Opened(message).isNull());
+}
+
+// What the line means, or null if it cannot be sent.
+Json::Value Meaning(const std::string& line) {
+  Json::Value params(Json::objectValue);
+  const bool is_line = line.find('\0') == std::string::npos &&
+                       WebAPIUtil::strPairToJsonObj(line, params, true, true);
+  return is_line ? params : Json::Value();
+}
+
+void CheckText(const std::string& line, const Change& change) {
+  std::string text;
+  Require(SealAsText(PublicKey(), line, WallClock(), text));
+  change.Make(text);
+  Json::Value message;
+  message[kCipherTextMember] = text;
+  CheckMessage(message, Meaning(line), change.by != 0);
+}
+
+void CheckPair(const std::string& line, const Change& change) {
+  std::string token;
+  std::string text;
+  Require(SealAsPair(PublicKey(), line, WallClock(), token, text));
+  change.Make(change.place % 2 == 0 ? token : text);
+  Json::Value message;
+  message[kKeyTokenMember] = token;
+  message[kKeyedTextMember] = text;
+  CheckMessage(message, Meaning(line), change.by != 0);
+}
+
+void CheckWithinLine(const std::string& line) {
+  std::string text;
+  Require(SealAsText(PublicKey(), line, WallClock(), text));
+  text = "x=1&__cIpHeRtExT=" + text + "&y=2";
+  const bool is_opened = OrboCgiDetectAndDecryptParamLine(text.data()) != 0;
+  Require(is_opened || text.find(kCipherTextMember) == 4);
+  if (line.find("__cIpHeR") == std::string::npos) {
+    Require(is_opened == (line.find('\0') == std::string::npos));
+    Require(!is_opened || Meaning("x=1&y=2&" + line) == Meaning(text.c_str()));
+  }
+}
+
+}  // namespace
+
+void TestInput(FuzzInput input) {
+  PublicKey();
+  Marks().clear();
+  Change change;
+  unsigned char form = input.TakeByte();
+  if (form == 'c') {
+    change.place = input.TakeByte();
+    change.by = std::max<unsigned char>(input.TakeByte(), 1);
+    form = input.TakeByte();
+  }
+  Json::Value message;
+  if (form == 'k') {
+    message[kKeyTokenMember] = input.TakeLine();
+    message[kKeyedTextMember] = std::string(input.TakeRest());
+  } else if (form == 't') {
+    message[kCipherTextMember] = std::string(input.TakeRest());
+  } else {
+    const std::string line(input.TakeRest());
+    form == 's'   ? CheckText(line, change)
+    : form == 'p' ? CheckPair(line, change)
+                  : CheckWithinLine(line);
+    return;
+  }
+  Require(Opened(message).isNull() && Marks().empty());
+}
+
+}  // namespace ORBO

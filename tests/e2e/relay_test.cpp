@@ -179,10 +179,11 @@ TEST_P(Relay, NothingOfTheCallersGoesAlong) {
     std::string params;  // of the call after it
   } rows[] = {
       // Fields that would name another call, credential or target stay here.
-      {Probe("upload", "n=10&t=x&%22=1"),
+      {Probe("upload", "n=10&t=x&%22=1&%22%5C=y"),
        "preamble\r\n" + Field("a", "1") + Field("method", "echo") + Field("tid", "mine") +
            Field("_sid", "mine") + Field("relay_ds", "2") + file,
-       "/x?y=1&%22=1&n=10", Field("t", "x") + Field("a", "1"), "&%22=1&n=10&t=x"},
+       "/x?y=1&%22=1&n=10", Field("\\\"\\\\", "y") + Field("t", "x") + Field("a", "1"),
+       "&%22=1&%22%5C=y&n=10&t=x"},
       {"n=10", names + Field("t", "7") + file, "/x?y=1&n=10", Field("t", "7"), "&n=10&t=%227%22"},
   };
   for (const auto& row : rows) {
@@ -223,7 +224,7 @@ TEST_P(Relay, UploadsAreKeptAtTheOtherServer) {
   EXPECT_FALSE(fs::exists(kept + "cut"));
   // lighttpd lets the program answer before the body has come.
   if (GetParam() == ServerKind::kLighttpd) {
-    Target("http://" + Entry(other().Host()), "timeout=1\n");
+    Target("http://" + Entry(other().Host()), "upload_timeout=1\n");
     const std::string request =
         "POST /webapi/entry.cgi?relay_ds=1&_sid=" + admin_ + "&" + share +
         " HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: 900000\r\n" + kFormType +
@@ -315,6 +316,9 @@ TEST_P(Relay, ServersThatDoNotBehaveAreAFailure) {
   HostileServer silent({"", 0});
   Target("http://" + silent.Host());
   EXPECT_LT(server().Get(Probe("echo", "relay_ds=1&relay_timeout=1&_sid=" + admin_)).seconds, 5);
+  // An upload may last, but not stand still.
+  Target("http://" + silent.Host(), "timeout=1\n");
+  EXPECT_EQ(Upload(Probe("upload"), "--b--\r\n"), Failure(109));
   // What a call is answered is the client's to judge; an upload's answer nobody sees.
   HostileServer refusing({Answer("{\"success\":false}")});
   Target("http://" + refusing.Host());

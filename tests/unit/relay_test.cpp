@@ -33,6 +33,11 @@ extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo
                                                                                    hints, result);
 }
 
+// Also in the place of the library's: what counts as an authority.
+static int g_authority_directories = 0;
+extern "C" int X509_STORE_load_file(void*, const char*) { return 1; }
+extern "C" int X509_STORE_load_path(void*, const char*) { return ++g_authority_directories; }
+
 namespace ORBO {
 namespace {
 
@@ -92,7 +97,7 @@ TEST(RelayTarget, IsUsedAsAWholeOrNotAtAll) {
   EXPECT_EQ((std::vector<std::int64_t>{5, 7}), RelayTargetIds());
 }
 
-TEST(RelayModule, KeepsToItsTimeAndLeavesSignalsAsTheyWere) {
+TEST(RelayModule, KeepsToItsTimeItsAuthoritiesAndTheSignals) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point start = Clock::now();
   RelayExchange exchange;
@@ -126,6 +131,15 @@ TEST(RelayModule, KeepsToItsTimeAndLeavesSignalsAsTheyWere) {
   MakeRelayExchange(exchange, answer);
   EXPECT_EQ(kRelayBodyUnreadable, answer.error) << answer.message;
   EXPECT_EQ(SIG_DFL, disposition());
+
+  // The system's authorities count unless the target has some of its own.
+  exchange.url.insert(4, "s");
+  MakeRelayExchange(exchange, answer);
+  EXPECT_EQ(1, g_authority_directories);
+  exchange.authority = "/etc/orbo/ca.pem";
+  MakeRelayExchange(exchange, answer);
+  EXPECT_EQ(28, answer.error) << answer.message;
+  EXPECT_EQ(1, g_authority_directories);
 }
 
 TEST(CredRequestMgr, QueuesNoCallBehindAnUploadThatItCouldNotQueue) {

@@ -1,5 +1,7 @@
 #include <openssl/crypto.h>
 
+#include <cstdint>
+
 #include "platform/linux/crypto.h"
 #include "platform/linux/modules/crypto/authenticated_cipher.h"
 #include "platform/linux/modules/crypto/digest.h"

@@ -108,9 +108,11 @@ CgiRequest ToCgiRequest(const CallDescription& call) {
   }
   for (const auto& [name, value] : call.variables) {
     std::string& variable = request.variables[name];
+    if (name != "HTTP_COOKIE") {
+      variable.clear();
+    }
     // The line of a header goes behind the cookies, of which one is the session's.
-    const bool is_added = name == "HTTP_COOKIE" && !variable.empty();
-    variable = is_added ? variable + "; " + value : value;
+    variable.append(variable.empty() ? "" : "; ").append(value);
   }
   return request;
 }

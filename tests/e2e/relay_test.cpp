@@ -225,10 +225,9 @@ TEST_P(Relay, UploadsAreKeptAtTheOtherServer) {
   // lighttpd lets the program answer before the body has come.
   if (GetParam() == ServerKind::kLighttpd) {
     Target("http://" + Entry(other().Host()), "upload_timeout=1\n");
-    const std::string request =
-        "POST /webapi/entry.cgi?relay_ds=1&_sid=" + admin_ + "&" + share +
-        " HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: 900000\r\n" + kFormType +
-        "\r\n\r\n" + Part("name=f; filename=stuck", std::string(100000, '-'));
+    const std::string request = "POST /webapi/entry.cgi?relay_ds=1&_sid=" + admin_ + "&" + share +
+                                " HTTP/1.0\r\nContent-Length: 900000\r\n" + kFormType + "\r\n\r\n" +
+                                Part("name=f; filename=stuck", std::string(100000, '-'));
     EXPECT_EQ(server().SendRaw(request).body, Failure(109));
     EXPECT_FALSE(fs::exists(kept + "stuck"));
   }

@@ -1,7 +1,7 @@
-/* measure RUNS {[NAME=VALUE]... PROGRAM}...
+/* measure RUNS {[NAME=VALUE]... [NAME=<FILE] PROGRAM}...
  *
  * Runs the programs in turn, RUNS rounds, each with the variables before it set
- * from there on, and reads what it prints through a pipe until its end.  Prints
+ * from there on, in each round to the next line of the one FILE, and reads what it prints through a pipe until its end.  Prints
  * a line for each: the medians of its time and its processor time, both in
  * microseconds, of its page faults and of its peak memory in KiB.  Ends with 1
  * when a run fails or prints nothing.
@@ -85,12 +85,34 @@ static double Median(double* values, size_t count) {
   return values[count / 2];
 }
 
+/* Sets the variable of "NAME=VALUE", or of "NAME=<FILE" to the next line of the one file. */
+static int SetVariable(char* argument) {
+  static FILE* file;
+  static char line[4096];
+  char* const value = strchr(argument, '=') + 1;
+  if (*value != '<') {
+    return putenv(argument) == 0;
+  }
+  file = file != NULL ? file : fopen(value + 1, "re");
+  if (file == NULL || fgets(line, sizeof line, file) == NULL) {
+    fprintf(stderr, "measure: %s has no more lines\n", value + 1);
+    return 0;
+  }
+  line[strcspn(line, "\n")] = '\0';
+  value[-1] = '\0';
+  const int is_set = setenv(argument, line, 1) == 0;
+  value[-1] = '=';
+  return is_set;
+}
+
 /* Runs every program once; the programs' results stand one after the other. */
 static int Round(int count, char** arguments, double* samples, size_t runs, size_t run) {
   size_t program = 0;
   for (int i = 0; i < count; ++i) {
     if (strchr(arguments[i], '=') != NULL) {
-      putenv(arguments[i]);
+      if (!SetVariable(arguments[i])) {
+        return 0;
+      }
       continue;
     }
     double measures[kMeasures];

@@ -20,6 +20,7 @@
 #include "unit/WebAPIDirectory.h"
 #include "unit/entry_run.h"
 #include "util/Descriptor.h"
+#include "util/paths.h"
 
 // In the place of the C library's: a name server may take its time.
 extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints,
@@ -31,6 +32,11 @@ extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo
   return reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"))(name, service,
                                                                                    hints, result);
 }
+
+// Also in the place of the library's: what counts as an authority.
+static int g_authority_directories = 0;
+extern "C" int X509_STORE_load_file(void*, const char*) { return 1; }
+extern "C" int X509_STORE_load_path(void*, const char*) { return ++g_authority_directories; }
 
 namespace ORBO {
 namespace {
@@ -91,7 +97,7 @@ TEST(RelayTarget, IsUsedAsAWholeOrNotAtAll) {
   EXPECT_EQ((std::vector<std::int64_t>{5, 7}), RelayTargetIds());
 }
 
-TEST(RelayModule, KeepsToItsTimeAndLeavesSignalsAsTheyWere) {
+TEST(RelayModule, KeepsToItsTimeItsAuthoritiesAndTheSignals) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point start = Clock::now();
   RelayExchange exchange;
@@ -125,6 +131,15 @@ TEST(RelayModule, KeepsToItsTimeAndLeavesSignalsAsTheyWere) {
   MakeRelayExchange(exchange, answer);
   EXPECT_EQ(kRelayBodyUnreadable, answer.error) << answer.message;
   EXPECT_EQ(SIG_DFL, disposition());
+
+  // The system's authorities count unless the target has some of its own.
+  exchange.url.insert(4, "s");
+  MakeRelayExchange(exchange, answer);
+  EXPECT_EQ(1, g_authority_directories);
+  exchange.authority = "/etc/orbo/ca.pem";
+  MakeRelayExchange(exchange, answer);
+  EXPECT_EQ(28, answer.error) << answer.message;
+  EXPECT_EQ(1, g_authority_directories);
 }
 
 TEST(CredRequestMgr, QueuesNoCallBehindAnUploadThatItCouldNotQueue) {
@@ -138,21 +153,31 @@ TEST(CredRequestMgr, QueuesNoCallBehindAnUploadThatItCouldNotQueue) {
   EXPECT_GT(0, manager.AddWebAPIRequest(5, "ORBO.A", 1, "put", Json::Value()));
 }
 
-TEST(WebEntry, RelayThatFailsIsLoggedWithoutTheToken) {
+TEST(WebEntry, RelayIsLoggedWithoutTheTokenAndCountsAsActivity) {
   const WebAPIDirectory directory;
   directory.Configure("administrators=ada\n");
-  directory.Write("ORBO.A.lib", R"({"ORBO.A":{"lib":"x","minVersion":1,"maxVersion":1,)"
-                                R"("methods":{"1":["get"]}}})");
+  const std::string rest = R"("lib":"x","minVersion":1,"maxVersion":1,"methods":{"1":["get"]}})";
+  directory.Write("ORBO.A.lib",
+                  R"({"ORBO.A":{)" + rest + R"(,"ORBO.A.Skip":{"skipTimeout":true,)" + rest + "}");
   // Nobody listens there.
   WriteTarget("5", "url=http://127.0.0.1:1/\ntoken=secret\n");
   Session session;
   session.user = "ada";
   std::string id;
   ASSERT_TRUE(CreateSession(session, id));
+  const std::string file = RootedPath("/run/orbo/sessions/") + id;
+  const auto before = std::filesystem::last_write_time(file) - std::chrono::minutes(1);
   LogCapture log;
-  const std::string query = "api=ORBO.A&version=1&method=get&relay_ds=5&_sid=" + id;
-  EXPECT_EQ("{\"error\":{\"code\":109},\"success\":false}\n",
-            BodyOf(RunEntry({{"QUERY_STRING", query}})));
+  for (const char* api : {"ORBO.A", "ORBO.A.Skip"}) {
+    SCOPED_TRACE(api);
+    std::filesystem::last_write_time(file, before);
+    const std::string query =
+        std::string("api=") + api + "&version=1&method=get&relay_ds=5&_sid=" + id;
+    EXPECT_EQ("{\"error\":{\"code\":109},\"success\":false}\n",
+              BodyOf(RunEntry({{"QUERY_STRING", query}})));
+    const bool is_activity = std::filesystem::last_write_time(file) != before;
+    EXPECT_EQ(std::string(api) == "ORBO.A", is_activity);
+  }
   EXPECT_TRUE(log.Has("WebEntry.cpp:618 relay request fail[7]"));
   EXPECT_FALSE(log.Has("secret"));
 }

@@ -10,8 +10,7 @@
 namespace ORBO {
 namespace {
 
-constexpr std::string_view kOwnParameters[] = {"api", "version",  "method",       "_sid",
-                                               "tid", "relay_ds", "relay_timeout"};
+constexpr std::string_view kOwnParameters[] = {"api", "version", "method", "_sid", "tid"};
 
 // A text that would be read as another value gets quotes.
 bool IsPlainText(const Json::Value& value) {

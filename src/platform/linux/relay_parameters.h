@@ -19,8 +19,8 @@ struct RelayCall {
   }
 };
 
-// Whether the parameter is not the caller's to hand on: it names the call, shows the
-// caller's credential on this server, or says where the call goes.
+// Whether the parameter is not the caller's to hand on: it names the call, or shows the
+// caller's credential on this server.
 bool IsOwnParameter(std::string_view name);
 
 // Appends "name=value" to the parameter line, such that the parameter line's reader

@@ -117,6 +117,9 @@ int RelayUpload::Prepare(const RelayCall& call, const Json::Value& params, const
     Log(LOG_ERR, "%s:%d an upload cannot be read: %d", kSource, __LINE__, result);
     return kRelayBodyUnreadable;
   }
+  // They say where the call goes, and are not among the parameters either.
+  fields.pairs.erase("relay_ds");
+  fields.pairs.erase("relay_timeout");
   if (!AddHead(call, params, token, fields)) {
     Log(LOG_ERR, "%s:%d a parameter of an upload cannot be a field", kSource, __LINE__);
     return kRelayBodyUnreadable;

@@ -83,19 +83,19 @@ void CheckFile(const std::string& api, const std::string& path,
 }  // namespace
 
 void TestInput(FuzzInput input) {
-  static const std::map<std::string, bool> files = MakeDirectory();
-  static const std::string directory = ScratchDirectory() + "/web";
-  const WorkingDirectoryGuard inside(directory);
+  static const std::map<std::string, bool> kFiles = MakeDirectory();
+  static const std::string kDirectory = ScratchDirectory() + "/web";
+  const WorkingDirectoryGuard inside(kDirectory);
   Require(inside.IsEntered());
   const std::string api(input.TakeRest());
   const std::string path = ExistingCandidate(api);
-  CheckFile(api, path, files);
+  CheckFile(api, path, kFiles);
 
   const LogCapture log;
   DescriptionDefaults defaults;
   DescriptionCache cache(defaults);
   const bool is_loaded = cache.Load(api);
-  Require(is_loaded == (!path.empty() && files.at(path)) && cache.Load(api) == is_loaded);
+  Require(is_loaded == (!path.empty() && kFiles.at(path)) && cache.Load(api) == is_loaded);
   if (const Json::Value* const info = cache.Info(api)) {
     Require(JSON::At(*info, "lib") == Json::Value(path));
   }

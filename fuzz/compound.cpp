@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <webapi/APIRunner.h>
 
+#include <cstdlib>
 #include <iostream>
 #include <string>
 
@@ -31,6 +32,9 @@ void Install(const std::string& name, const std::string& api, const std::string&
 }
 
 bool LayOut() {
+  // A request holds the environment, which is not to depend on who runs this.  TMPDIR,
+  // which places the directory, goes with it.
+  Require(!ScratchDirectory().empty() && clearenv() == 0);
   EnterScratchRoot();
   const std::string directory(kWebAPIDirectory);
   WriteScratch(directory + "lib.def", R"({"authLevel":1,"methods":{}})");
@@ -101,9 +105,9 @@ Json::ArrayIndex CheckResult(const Json::Value& compound, bool stops, const Json
 }  // namespace
 
 void TestInput(FuzzInput input) {
-  static const bool is_ready = LayOut();
+  static const bool kReady = LayOut();
   const WorkingDirectoryGuard inside(RootedPath(kWebAPIDirectory));
-  Require(is_ready && inside.IsEntered());
+  Require(kReady && inside.IsEntered());
   // Text that is no JSON is a parameter too.
   const std::string line = input.TakeLine();
   const std::string text(input.TakeRest());

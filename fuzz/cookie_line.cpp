@@ -10,6 +10,7 @@
 #include "support/FuzzInput.h"
 #include "support/require.h"
 #include "util/json_types.h"
+#include "util/trim.h"
 
 namespace ORBO {
 namespace {
@@ -35,6 +36,12 @@ void TestInput(FuzzInput input) {
   const std::string line(input.TakeRest());
   const Json::Value cookies = Cookies(line);
   Require(cookies.size() <= Count(line, ';') + 1 && cookies.size() <= Count(line, '='));
+
+  const std::string last(Trim(std::string_view(line).substr(line.rfind(';') + 1)));
+  if (const std::size_t equals = last.find('='); equals != std::string::npos) {
+    Require(JSON::AsString(JSON::At(cookies, last.substr(0, equals))) ==
+            WebAPIUtil::URLDecode(last.substr(equals + 1), true));
+  }
 
   std::string written;
   std::string spread;

@@ -10,8 +10,6 @@
 #include <vector>
 
 #include "entry/http_header.h"
-#include "platform/linux/byte_range.h"
-#include "platform/linux/http_conditions.h"
 #include "platform/webapi_util.h"
 #include "support/FuzzInput.h"
 #include "support/cgi_answer.h"
@@ -92,23 +90,6 @@ void Attach(const std::string& name, APIResponse& response) {
   response.SetHeader("Content-Disposition", value);
 }
 
-void CheckRange(const std::string& value, const std::string& size_text) {
-  const std::uint64_t size = JSON::AsUInt64(Json::Value(size_text));
-  ByteRange range{1, 2};
-  const RangeKind kind = ReadByteRange(value, size, range);
-  Require(kind == RangeKind::kPart
-              ? range.length > 0 && range.first < size && range.length <= size - range.first
-              : range.first == 1 && range.length == 2);
-}
-
-void CheckDate(const std::string& text) {
-  std::time_t time = 0;
-  std::time_t again = 0;
-  if (ReadHttpDate(text, time)) {
-    Require(ReadHttpDate(HttpDate(time), again) && again == time);
-  }
-}
-
 void SetRequest(const Arguments& a, APIRequest& request) {
   Json::Value env;
   env["HTTP_HOST"] = a[0];
@@ -151,14 +132,8 @@ void Do(char operation, const Arguments& a, APIRequest& request, APIResponse& re
     case 'J':
       response.SetSuccess(FromText(a[0]));
       break;
-    case 'X':
-      response.SetError(Number(a[0]), FromText(a[1]));
-      break;
-    case 'G':
-      CheckRange(a[0], a[1]);
-      break;
     default:
-      CheckDate(a[0]);
+      response.SetError(Number(a[0]), FromText(a[1]));
   }
 }
 

@@ -93,7 +93,7 @@ void CheckStopped(APIPolling& polling, const TaskRecord& before, bool remove) {
 }  // namespace
 
 void TestInput(FuzzInput input) {
-  static const bool is_ready = LayOut();
+  static const bool kReady = LayOut();
   const std::string text(input.TakeRest());
   WriteScratch(kFile, text);
   TaskRecord record;
@@ -109,7 +109,7 @@ void TestInput(FuzzInput input) {
   APIRequest request(Request());
   APIPolling polling(&request);
   const Json::Value status = StatusOf(polling);
-  Require(is_ready && JSON::IsNull(status) != is_record && FileText() == text);
+  Require(kReady && JSON::IsNull(status) != is_record && FileText() == text);
   Require(JSON::IsJson(JSON::ToText(status), JSON::Comments::kRefused));
 
   const bool is_expired = is_record && record.finished != 0 && record.auto_remove &&

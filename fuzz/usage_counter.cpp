@@ -64,7 +64,7 @@ void CountIn(Json::Value& counters, const std::string& name, const Json::Value& 
 }  // namespace
 
 void TestInput(FuzzInput input) {
-  static const std::string spool = ScratchDirectory() + "/spool";
+  static const std::string kSpool = ScratchDirectory() + "/spool";
   const std::string api = input.TakeLine();
   const std::string method = input.TakeLine();
   const int version = JSON::AsInt(Json::Value(input.TakeLine()));
@@ -73,28 +73,28 @@ void TestInput(FuzzInput input) {
   if (!file.empty()) {
     WriteScratch("spool/" + file, old);
   }
-  Require(CountCall(spool, api, method, version) == !file.empty());
+  Require(CountCall(kSpool, api, method, version) == !file.empty());
   if (!file.empty()) {
     const std::string name = api + "_" + std::to_string(version) + "_" + method;
     Json::Value expected = Read(old);
     for (int calls = 1; calls <= 2; ++calls) {
       std::string text;
-      Require(ReadWholeFile(spool + "/" + file, text));
+      Require(ReadWholeFile(kSpool + "/" + file, text));
       const Json::Value counters = Read(text);
       Require(!counters.empty());
       if (UTF8::IsPrintable(name)) {
         CountIn(expected, name, counters);
         Require(counters == Written(expected));
       }
-      Require(calls == 2 || CountCall(spool, api, method, version));
+      Require(calls == 2 || CountCall(kSpool, api, method, version));
     }
     for (const char* const ending : {"", ".lock", ".new"}) {
-      fs::remove(spool + "/" + file + ending);
+      fs::remove(kSpool + "/" + file + ending);
     }
   }
   // The marker alone is left, and nothing was made elsewhere.
   for (const auto& entry : fs::recursive_directory_iterator(ScratchDirectory())) {
-    Require(entry.path() == spool || entry.path() == spool + "/.timestamp");
+    Require(entry.path() == kSpool || entry.path() == kSpool + "/.timestamp");
   }
 }
 

@@ -19,6 +19,7 @@ using Clock = std::chrono::steady_clock;
 // For what the guard does at once.
 constexpr int kPatience = 10;
 constexpr unsigned kPause = 5000;  // microseconds
+constexpr char kNoGuard[] = "there is no process that could start the call";
 
 std::string EndOf(int status, bool is_served) {
   const std::string when = is_served ? "" : " before it had answered";
@@ -80,15 +81,14 @@ bool CallGuard::Await(GuardMessage::Kind kind, int seconds, int& value, bool& is
 std::string CallGuard::Run(int value, int seconds) {
   int status = 0;
   bool is_served = false;
-  const std::string no_guard = "there is no process that could start the call";
   if (guard_ < 0 || !SendMessage(socket_.get(), {GuardMessage::kRun, value})) {
-    return no_guard;
+    return kNoGuard;
   }
   if (Await(GuardMessage::kEnded, seconds, status, is_served)) {
     return is_served && status == 0 ? "" : EndOf(status, is_served);
   }
   if (!SendMessage(socket_.get(), {GuardMessage::kKill, 0})) {
-    return no_guard;
+    return kNoGuard;
   }
   Await(GuardMessage::kEnded, kPatience, status, is_served);
   return "the call did not come to its end within " + std::to_string(seconds) + " s";

@@ -107,7 +107,12 @@ CgiRequest ToCgiRequest(const CallDescription& call) {
     request.variables["HTTP_COOKIE"] = CookieLine(call.cookies);
   }
   for (const auto& [name, value] : call.variables) {
-    request.variables[name] = value;
+    std::string& variable = request.variables[name];
+    if (name != "HTTP_COOKIE") {
+      variable.clear();
+    }
+    // The line of a header goes behind the cookies, of which one is the session's.
+    variable.append(variable.empty() ? "" : "; ").append(value);
   }
   return request;
 }

@@ -45,6 +45,8 @@ TEST(HandlerTest, ChecksWhoCalls) {
       {R"({})", kPermission, "who", "119"},
       {R"({"session": {"user": "ada"}})", kPermission, "normal.local", "ada 15"},
       {R"({"session": {"user": "ada"}})", kPermission, "admin.local", "105"},
+      {R"({"session": {"user": "ada"}, "headers": {"Cookie": "a=b"}})", kPermission, "who",
+       "ada 15"},
       {R"({"session": {"user": "ada"}, "skipPermission": true})", kPermission, "admin.local",
        "ada 15"},
       {R"({"session": {"user": "N\\ada"}})", kPermission, "normal.domain", "N\\ada 15"},

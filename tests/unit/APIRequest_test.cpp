@@ -158,7 +158,11 @@ TEST(EncryptedParams, ReservedMembersGoAndFailureShows) {
     bool result;
     const char* after;
   } rows[] = {
-      {R"({"__nEkOtReHpIc":"","__tXeTrEhPiC":"x","a":1})", false, R"({"a":1})"},
+      {R"({"__nEkOtReHpIc":"","__tXeTrEhPiC":":a=2","a":1})", false, R"({"a":1})"},
+      {R"({"__nEkOtReHpIc":"k","a":1})", true, R"({"__nEkOtReHpIc":"k","a":1})"},
+      {R"({"__tXeTrEhPiC":":a=2"})", true, R"({"__tXeTrEhPiC":":a=2"})"},
+      {R"({"__nEkOtReHpIc":"k\u0000","__tXeTrEhPiC":"k:a=2"})", false, "{}"},
+      {R"({"__cIpHeRtExT":"sealed:a=2\u0000"})", false, "{}"},
       {R"({"webapi":{"__cIpHeRtExT":"no","b":2},"a":1})", false, R"({"webapi":{"b":2},"a":1})"},
       {R"({"__cIpHeRtExT":"sealed:a=2&b=x","a":"1"})", true, R"({"a":2,"b":"x"})"},
       {R"({"__nEkOtReHpIc":"k","__tXeTrEhPiC":"other:a=2","a":1})", false, R"({"a":1})"},

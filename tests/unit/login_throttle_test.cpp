@@ -94,9 +94,12 @@ TEST_F(LoginThrottle, LimitsAreConfigured) {
   Configure("login_attempts = 1\nlogin_lock_minutes = 2\n");
   Fail("ann");
   EXPECT_EQ(120, Wait("ann"));
+  const LogCapture log;
   Configure("login_attempts = 0\nlogin_lock_minutes = x\n");
   Fail("bob");
   EXPECT_EQ(0, Wait("bob")) << "what is out of range counts as not set";
+  EXPECT_TRUE(log.Has("login_attempts is no number from 1 to 1000") &&
+              log.Has("login_lock_minutes is no number from 1 to 1440"));
 }
 
 TEST_F(LoginThrottle, SuccessClearsTheUserAndNotTheAddress) {

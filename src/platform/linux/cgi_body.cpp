@@ -2,8 +2,10 @@
 #include <unistd.h>
 
 #include "platform/cgi.h"
+#include "platform/linux/upload_rest.h"
 
 void OrboCgiDiscardBody() {
+  ORBO::EndUpload();
   // Some servers hand the body over by a local socket, and one that is closed
   // with unread data in it makes the server lose the end of the answer too.  What
   // has been sent is bounded by the socket's buffer, and nothing more arrives.

@@ -121,9 +121,17 @@ std::int64_t NumberSetting(std::string_view key, std::int64_t fallback, std::int
                            std::int64_t largest) {
   JSON::Integer integer;
   std::int64_t value = 0;
-  const bool usable = JSON::ReadInteger(PlatformSetting(key), integer) &&
-                      JSON::ToSigned(integer, value) && value >= smallest && value <= largest;
-  return usable ? value : fallback;
+  const std::string text = PlatformSetting(key);
+  if (JSON::ReadInteger(text, integer) && JSON::ToSigned(integer, value) && value >= smallest &&
+      value <= largest) {
+    return value;
+  }
+  if (!text.empty()) {
+    Log(LOG_ERR, "%s:%d %s is no number from %lld to %lld", kSource, __LINE__,
+        std::string(key).c_str(), static_cast<long long>(smallest),
+        static_cast<long long>(largest));
+  }
+  return fallback;
 }
 
 std::vector<std::string> SplitSetting(std::string_view text) {

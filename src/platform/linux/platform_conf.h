@@ -24,7 +24,8 @@ std::vector<std::string> PlatformSettings(std::initializer_list<std::string_view
 // not empty.
 bool PlatformSwitch(std::string_view key, bool fallback);
 
-// The setting as a number; `fallback` if it is none from `smallest` to `largest`.
+// The setting as a number; `fallback` if it is none from `smallest` to `largest`, logged if
+// it is not empty.
 std::int64_t NumberSetting(std::string_view key, std::int64_t fallback, std::int64_t smallest,
                            std::int64_t largest);
 

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <new>
+#include <optional>
 #include <string>
 
 #include "platform/cgi.h"
@@ -15,11 +16,18 @@ namespace {
 
 using ORBO::UploadStream;
 
-// The body of this process's request, which every loader continues.
+// Whether the request that the body belongs to has been served.
+bool g_is_over = false;
+
+// The body of the request, which every loader continues.
 UploadStream& Body() {
-  static UploadStream body(STDIN_FILENO, ORBO::CgiVariable("CONTENT_TYPE"),
-                           ORBO::CgiVariable("CONTENT_LENGTH"));
-  return body;
+  static std::optional<UploadStream> body;
+  if (!body || g_is_over) {
+    body.emplace(STDIN_FILENO, ORBO::CgiVariable("CONTENT_TYPE"),
+                 ORBO::CgiVariable("CONTENT_LENGTH"));
+    g_is_over = false;
+  }
+  return *body;
 }
 
 // False from an exception on, for lack of memory or of the callback for progress:
@@ -91,6 +99,11 @@ void OrboCgiSweepUploads(const char* directory) {
   if (directory != nullptr) {
     ORBO::RemoveAbandonedFiles(directory);
   }
+}
+
+void ORBO::EndUpload() {
+  g_is_over = true;
+  g_is_usable = true;
 }
 
 int ORBO::BeginUploadRest(QLIBSZHASH& fields, std::string& text, UploadBody** rest,

@@ -15,4 +15,8 @@ namespace ORBO {
 // platform/upload.h; afterwards no loader can read the body.
 int BeginUploadRest(QLIBSZHASH& fields, std::string& text, UploadBody** rest, std::uint64_t& size);
 
+// Forgets the upload, whose request has been served: what is read next is the body of
+// another one.
+void EndUpload();
+
 }  // namespace ORBO

@@ -83,9 +83,13 @@ class TableCheck {
 
 // Methods that are described and have no handler.
 void TableCheck::CheckDescribed(const Use& use) {
+  Json::Value info;
+  if (!JSON::Parse(use.entry->text, info, JSON::Comments::kAllowed)) {
+    return;
+  }
   for (const ListedMethod& method : ListedMethods(*use.entry)) {
     const TableRow call{use.entry->api, method.version, method.name, true};
-    if (!method.name.empty() && IsInRange(*use.entry, method.version) && !HasHandler(call)) {
+    if (!method.name.empty() && IsInVersionRange(info, method.version) && !HasHandler(call)) {
       findings_.Error(use.file->source().At(method.text),
                       "the table of " + name_ + " has no handler for " + CallText(call));
     }

@@ -1,0 +1,80 @@
+#include "support/ProcessState.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+
+#include "unit/LogCapture.h"
+
+namespace ORBO {
+namespace {
+
+constexpr int kMostDescriptors = 64;
+constexpr int kMostSignals = 32;
+
+bool IsSetByRequests(const std::string& name) {
+  for (const char* set :
+       {"HTTP_COOKIE", "orboAccessToken", "USERNAME", "ORBO_WEBAPI_USERNAME", "SCRIPT_URI"}) {
+    if (name == set) {
+      return true;
+    }
+  }
+  return false;
+}
+
+mode_t Umask() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return mask;
+}
+
+void Describe(const std::ios& stream, std::ostream& out) {
+  // The address: a buffer itself would be emptied into `out`.
+  out << static_cast<const void*>(stream.rdbuf()) << ' ' << stream.rdstate() << ' '
+      << stream.exceptions() << ' ' << stream.flags() << '\n';
+}
+
+}  // namespace
+
+ProcessState::ProcessState() {
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    const std::string text = *variable;
+    const std::size_t equals = text.find('=');
+    if (!IsSetByRequests(text.substr(0, equals))) {
+      environment[text.substr(0, equals)] = text.substr(equals + 1);
+    }
+  }
+  char name[17] = {};
+  prctl(PR_GET_NAME, name);
+  std::ostringstream out;
+  out << std::filesystem::current_path() << ' ' << Umask() << ' ' << getpriority(PRIO_PROCESS, 0)
+      << ' ' << name << ' ' << LogIdentity() << '\n';
+  for (int i = 0; i < kMostDescriptors; ++i) {
+    out << (fcntl(i, F_GETFD) >= 0 ? std::to_string(i) + ' ' : "");
+  }
+  for (int i = 1; i < kMostSignals; ++i) {
+    struct sigaction action {};
+    sigaction(i, nullptr, &action);
+    out << reinterpret_cast<const void*>(action.sa_handler) << ' ';
+  }
+  Describe(std::cin, out);
+  Describe(std::cout, out);
+  rest = out.str();
+}
+
+bool ProcessState::operator==(const ProcessState& other) const {
+  if (rest != other.rest) {
+    std::cerr << rest << "was, and now is\n" << other.rest;
+  }
+  return environment == other.environment && rest == other.rest;
+}
+
+}  // namespace ORBO

@@ -1,0 +1,233 @@
+// A whole request.  The lines of an input up to an empty one are CGI variables, the rest
+// is the body.
+
+#include <dlfcn.h>
+#include <stdio_ext.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
+#include <webapi/WebEntry.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/session_store.h"
+#include "platform/linux/session_text.h"
+#include "platform/process.h"
+#include "support/FuzzInput.h"
+#include "support/ProcessState.h"
+#include "support/cgi_answer.h"
+#include "support/require.h"
+#include "support/scratch.h"
+#include "util/Descriptor.h"
+#include "util/json_text.h"
+#include "util/json_types.h"
+#include "util/read_file.h"
+#include "util/write_file.h"
+
+// A process cannot be forked while it searches; callers must cope with that.
+pid_t QLIBCProcFork() {
+  errno = EAGAIN;
+  return -1;
+}
+
+namespace ORBO {
+namespace {
+
+constexpr char kWebAPI[] = "usr/orbo/orboman/webapi";
+// The session that a request may name.
+constexpr char kSession[] = "sAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA";
+
+constexpr char kDescription[] = R"({
+  "ORBO.Fuzz": {
+    "lib": "@", "minVersion": 1, "maxVersion": 2, "authLevel": 0,
+    "methods": {
+      "1": ["act", {"upload": {"allowUpload": true}}, {"send": {"allowDownload": true}},
+            {"load": {"allowUpload": true, "deferUpload": true}}],
+      "2": ["act"]
+    }
+  },
+  "ORBO.Fuzz.Member": {
+    "lib": "@", "minVersion": 1, "maxVersion": 1, "methods": {"1": ["act"]},
+    "allowUser": ["admin.local", "normal.local"]
+  },
+  "ORBO.Fuzz.Visitor": {
+    "lib": "@", "minVersion": 1, "maxVersion": 1, "methods": {"1": ["act"]}, "authLevel": 2
+  }
+})";
+
+constexpr char kUpload[] =
+    "--b0\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n1\r\n--b0--\r\n";
+
+using Variables = std::map<std::string, std::string>;
+
+std::string Uploads() { return ScratchDirectory() + "/tmp"; }
+
+// A system with the handler, entered once.
+void EnterSystem() {
+  static bool is_entered = false;
+  if (std::exchange(is_entered, true)) {
+    return;
+  }
+  std::string description = kDescription;
+  for (std::size_t at; (at = description.find('@')) != std::string::npos;) {
+    description.replace(at, 1, WEBAPI_FUZZ_HANDLER);
+  }
+  const std::string directory = std::string(kWebAPI) + "/";
+  WriteScratch(directory + "ORBO.Fuzz.lib", description);
+  WriteScratch(directory + "lib.def", R"({"authLevel": 1, "priority": 0})");
+  WriteScratch(directory + "ORBO.Entry.lib", R"({"ORBO.Entry.Request": {"lib": "built-in",
+      "minVersion": 1, "maxVersion": 1, "authLevel": 0, "methods": {"1": ["request"]}}})");
+  Session session;
+  session.user = "root";
+  session.timeout = 0;
+  WriteScratch(std::string("run/orbo/sessions/") + kSession, ToSessionText(session));
+  std::filesystem::create_directory(Uploads());
+  Require(chmod((ScratchDirectory() + "/run/orbo/sessions").c_str(), 0700) == 0);
+  Require(chdir((ScratchDirectory() + "/" + kWebAPI).c_str()) == 0);
+  openlog(program_invocation_short_name, 0, 0);
+  // Stays open, since the search looks at the coverage of all that was ever open.
+  Require(dlopen(WEBAPI_FUZZ_HANDLER, RTLD_NOW) != nullptr);
+}
+
+// What a web server hands on of a request.
+bool IsOfRequest(const std::string& name) {
+  for (const char* known :
+       {"QUERY_STRING", "REQUEST_METHOD", "CONTENT_LENGTH", "CONTENT_TYPE", "REQUEST_URI",
+        "REQUEST_SCHEME", "HTTPS", "REMOTE_ADDR", "SCRIPT_NAME", "MOD_X_SENDFILE_ENABLED"}) {
+    if (name == known) {
+      return true;
+    }
+  }
+  return name.compare(0, 5, "HTTP_") == 0;
+}
+
+// Those of any request.
+Variables BasicVariables() {
+  return {{"GATEWAY_INTERFACE", "CGI/1.1"}, {"HTTP_HOST", "localhost"},
+          {"REMOTE_ADDR", "127.0.0.1"},     {"REQUEST_METHOD", "GET"},
+          {"SCRIPT_NAME", "/entry.cgi"},    {"WEBAPI_ROOT", ScratchDirectory()}};
+}
+
+Variables ReadVariables(FuzzInput& input) {
+  Variables variables = BasicVariables();
+  for (std::string line; !(line = input.TakeLine()).empty();) {
+    const std::string name = line.substr(0, line.find('='));
+    if (IsOfRequest(name)) {
+      variables[name] = line.substr(std::min(name.size() + 1, line.size())).c_str();
+    }
+  }
+  return variables;
+}
+
+void EnterEnvironment(const Variables& variables) {
+  clearenv();
+  for (const auto& [name, value] : variables) {
+    setenv(name.c_str(), value.c_str(), 1);
+  }
+}
+
+// A standard descriptor that is a file in memory while this lives.
+class StandardFile {
+ public:
+  StandardFile(int descriptor, std::string_view content)
+      : descriptor_(descriptor), previous_(dup(descriptor)), file_(memfd_create("", 0)) {
+    Require(WriteAll(file_.get(), content) && lseek(file_.get(), 0, SEEK_SET) == 0);
+    Require(dup2(file_.get(), descriptor_) == descriptor_);
+  }
+  ~StandardFile() { dup2(previous_.get(), descriptor_); }
+
+  std::string Content() const {
+    std::string text;
+    Require(lseek(file_.get(), 0, SEEK_SET) == 0 && ReadUpTo(file_.get(), 1ULL << 30, text));
+    return text;
+  }
+
+ private:
+  int descriptor_;
+  Descriptor previous_;
+  Descriptor file_;
+};
+
+// The output of the whole program.
+std::string Serve(const std::string& body) {
+  std::fflush(stdout);
+  const StandardFile input(STDIN_FILENO, body);
+  const StandardFile output(STDOUT_FILENO, "");
+  __fpurge(stdin);
+  std::clearerr(stdin);
+  std::cin.clear();
+  const ProcessState before;
+  {
+    WebEntry entry;
+    entry.Run(Json::Value());
+  }
+  std::cin.clear();
+  Require(before == ProcessState());
+  std::fflush(stdout);
+  return output.Content();
+}
+
+// A file that was sent, or the web server is asked to send.
+bool IsFileAnswer(const CgiAnswer& answer) { return !answer.Values("ETag").empty(); }
+
+void CheckFileAnswer(const CgiAnswer& answer, bool is_head) {
+  const auto lengths = answer.Values("Content-Length");
+  Require(lengths.size() <= 1 && answer.Values("Cache-Control").size() == 1);
+  const std::string length = lengths.empty() ? "0" : lengths[0];
+  Require(is_head ? answer.body.empty() : std::to_string(answer.body.size()) == length);
+}
+
+void Check(const CgiAnswer& answer, bool is_head) {
+  for (const char* once : {"Content-type", "Cache-Control"}) {
+    Require(answer.Values(once).size() == 1);
+  }
+  for (const char* at_most_once : {"Status", "Location", "x-request-error"}) {
+    Require(answer.Values(at_most_once).size() <= 1);
+  }
+  if (IsFileAnswer(answer)) {
+    CheckFileAnswer(answer, is_head);
+  } else {
+    Require(answer.Values("Pragma").size() == 1 && IsJsonAnswer(answer.body));
+  }
+}
+
+// Nothing that a request leaves behind may be in the way of the next.
+void ServeNext() {
+  Variables variables = BasicVariables();
+  variables["REQUEST_METHOD"] = "POST";
+  variables["QUERY_STRING"] = "api=ORBO.Fuzz&version=1&method=upload";
+  variables["CONTENT_TYPE"] = "multipart/form-data; boundary=b0";
+  variables["CONTENT_LENGTH"] = std::to_string(sizeof kUpload - 1);
+  EnterEnvironment(variables);
+  Json::Value body;
+  Require(JSON::Parse(CgiAnswer(Serve(kUpload)).body, body) &&
+          JSON::At(JSON::At(body, "data"), "a") == Json::Value("1"));
+}
+
+}  // namespace
+
+void TestInput(FuzzInput input) {
+  EnterSystem();
+  Variables variables = ReadVariables(input);
+  const std::string body(input.TakeRest());
+  if (!body.empty()) {
+    variables.emplace("CONTENT_LENGTH", std::to_string(body.size()));
+  }
+  EnterEnvironment(variables);
+  const CgiAnswer answer(Serve(body));
+  Require(std::filesystem::is_empty(Uploads()));
+  Check(answer, variables["REQUEST_METHOD"] == "HEAD");
+  if (!body.empty()) {
+    ServeNext();
+  }
+}
+
+}  // namespace ORBO

@@ -179,11 +179,11 @@ TEST_P(Relay, NothingOfTheCallersGoesAlong) {
     std::string params;  // of the call after it
   } rows[] = {
       // Fields that would name another call, credential or target stay here.
-      {Probe("upload", "n=10&t=x&%22=1&%22%5C=y"),
+      {Probe("upload", "n=10&t=x&a=z&%22=1&%22%5C=y"),
        "preamble\r\n" + Field("a", "1") + Field("method", "echo") + Field("tid", "mine") +
            Field("_sid", "mine") + Field("relay_ds", "2") + file,
        "/x?y=1&%22=1&n=10", Field("\\\"\\\\", "y") + Field("t", "x") + Field("a", "1"),
-       "&%22=1&%22%5C=y&n=10&t=x"},
+       "&%22=1&%22%5C=y&a=z&n=10&t=x"},
       {"n=10", names + Field("t", "7") + file, "/x?y=1&n=10", Field("t", "7"), "&n=10&t=%227%22"},
   };
   for (const auto& row : rows) {
@@ -325,6 +325,8 @@ TEST_P(Relay, ServersThatDoNotBehaveAreAFailure) {
   EXPECT_EQ(Send(Probe("echo")), "{\"success\":false}");
   EXPECT_EQ(Upload(Probe("upload"), "--b--\r\n"), Failure(109));
   EXPECT_EQ(refusing.requests.size(), 2U);
+  Target("http://" + refusing.Host(), "max_answer_size=9\n");
+  EXPECT_EQ(Send(Probe("echo")), Failure(109));
 }
 
 TEST_P(Relay, CirclesEnd) {

@@ -112,7 +112,7 @@ TEST(RelayModule, KeepsToItsTimeItsAuthoritiesAndTheSignals) {
   sockaddr_storage address{};
   socklen_t size = sizeof address;
   const Descriptor listener(socket(AF_INET, SOCK_STREAM, 0));
-  ASSERT_EQ(0, listen(listener.get(), 1));
+  ASSERT_EQ(0, listen(listener.get(), 8));
   ASSERT_EQ(0, getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &size));
   char port[8];
   getnameinfo(reinterpret_cast<sockaddr*>(&address), size, nullptr, 0, port, sizeof port,

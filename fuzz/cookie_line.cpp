@@ -9,6 +9,7 @@
 #include "request/cookie_line.h"
 #include "support/FuzzInput.h"
 #include "support/require.h"
+#include "support/text.h"
 #include "util/json_types.h"
 #include "util/trim.h"
 
@@ -21,21 +22,13 @@ Json::Value Cookies(const std::string& line) {
   return cookies;
 }
 
-std::size_t Count(const std::string& text, char wanted) {
-  std::size_t count = 0;
-  for (const char c : text) {
-    count += c == wanted ? 1 : 0;
-  }
-  return count;
-}
-
 }  // namespace
 
 void TestInput(FuzzInput input) {
   const std::string id = input.TakeLine();
   const std::string line(input.TakeRest());
   const Json::Value cookies = Cookies(line);
-  Require(cookies.size() <= Count(line, ';') + 1 && cookies.size() <= Count(line, '='));
+  Require(cookies.size() <= CountOf(line, ';') + 1 && cookies.size() <= CountOf(line, '='));
 
   const std::string last(Trim(std::string_view(line).substr(line.rfind(';') + 1)));
   if (const std::size_t equals = last.find('='); equals != std::string::npos) {

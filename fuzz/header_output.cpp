@@ -14,6 +14,7 @@
 #include "support/FuzzInput.h"
 #include "support/cgi_answer.h"
 #include "support/require.h"
+#include "support/text.h"
 #include "transfer/content_disposition.h"
 #include "util/header_line.h"
 #include "util/json_text.h"
@@ -39,15 +40,6 @@ Arguments Split(const std::string& line) {
 }
 
 int Number(const std::string& text) { return JSON::AsInt(Json::Value(text)); }
-
-Json::Value FromText(const std::string& text) {
-  Json::Value value;
-  return JSON::Parse(text, value) ? value : Json::Value(text);
-}
-
-std::size_t CountOf(const std::string& text, char wanted) {
-  return static_cast<std::size_t>(std::count(text.begin(), text.end(), wanted));
-}
 
 // A cookie holds the attributes that were asked for and no other.
 void AddCookie(const Arguments& a, APIResponse& response) {
@@ -98,7 +90,7 @@ void SetRequest(const Arguments& a, APIRequest& request) {
   env["HTTP_X_FORWARDED_PROTO"] = a[3];
   request.InitEnv(env);
   Json::Value params;
-  params["getParam"]["client_time"] = FromText(a[4]);
+  params["getParam"]["client_time"] = ValueOf(a[4]);
   request.InitParam(params, false);
   request.GetURLPort(0);
 }
@@ -130,10 +122,10 @@ void Do(char operation, const Arguments& a, APIRequest& request, APIResponse& re
       SetRequest(a, request);
       break;
     case 'J':
-      response.SetSuccess(FromText(a[0]));
+      response.SetSuccess(ValueOf(a[0]));
       break;
     default:
-      response.SetError(Number(a[0]), FromText(a[1]));
+      response.SetError(Number(a[0]), ValueOf(a[1]));
   }
 }
 

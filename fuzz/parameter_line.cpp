@@ -12,6 +12,7 @@
 #include "support/FuzzInput.h"
 #include "support/require.h"
 #include "support/scratch.h"
+#include "support/text.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
 
@@ -19,7 +20,6 @@ namespace ORBO {
 namespace {
 
 using WebAPIUtil::strPairToJsonObj;
-using WebAPIUtil::URLDecode;
 using WebAPIUtil::URLEncode;
 
 constexpr std::size_t kMostPairs = 4096;
@@ -52,22 +52,6 @@ Json::Value TypedValue(const std::string& text) {
   return value;
 }
 
-// What the line means, worked out piece by piece.  False if it has too many.
-bool TakeApart(const std::string& line, Json::Value& out) {
-  std::size_t count = 0;
-  for (std::size_t begin = 0, end = 0; begin <= line.size(); begin = end + 1) {
-    end = std::min(line.find('&', begin), line.size());
-    const std::string piece = line.substr(begin, end - begin);
-    if (!piece.empty()) {
-      const std::size_t equals = std::min(piece.find('='), piece.size());
-      out[URLDecode(piece.substr(0, equals), false)] =
-          TypedValue(URLDecode(piece.substr(std::min(equals + 1, piece.size())), false));
-      ++count;
-    }
-  }
-  return count <= kMostPairs;
-}
-
 std::string ToLine(const Json::Value& params) {
   std::string line;
   for (auto param = params.begin(); param != params.end(); ++param) {
@@ -78,10 +62,13 @@ std::string ToLine(const Json::Value& params) {
 
 Json::Value Read(const std::string& line) {
   Json::Value params(Json::objectValue);
-  Json::Value expected(Json::objectValue);
-  const bool is_small = TakeApart(line, expected);
-  Require(strPairToJsonObj(line, params, true, true) == is_small);
-  Require(params == (is_small ? expected : Json::Value(Json::objectValue)));
+  Json::Value texts(Json::objectValue);
+  const bool is_read = strPairToJsonObj(line, params, true, true);
+  Require(strPairToJsonObj(line, texts, true, false) || CountOf(line, '&') >= kMostPairs);
+  Require(is_read ? params.size() == texts.size() : params.empty());
+  for (const std::string& name : params.getMemberNames()) {
+    Require(params[name] == TypedValue(JSON::AsString(texts[name])));
+  }
 
   // Written and read again it is the same, but for malformed UTF-8, which is repaired.
   Json::Value repaired(Json::objectValue);

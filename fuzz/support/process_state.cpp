@@ -1,4 +1,4 @@
-#include "support/ProcessState.h"
+#include "support/process_state.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 #include "unit/LogCapture.h"
@@ -21,13 +22,9 @@ constexpr int kMostDescriptors = 64;
 constexpr int kMostSignals = 32;
 
 bool IsSetByRequests(const std::string& name) {
-  for (const char* set :
-       {"HTTP_COOKIE", "orboAccessToken", "USERNAME", "ORBO_WEBAPI_USERNAME", "SCRIPT_URI"}) {
-    if (name == set) {
-      return true;
-    }
-  }
-  return false;
+  static const std::set<std::string> kNames = {"HTTP_COOKIE", "orboAccessToken", "USERNAME",
+                                               "ORBO_WEBAPI_USERNAME", "SCRIPT_URI"};
+  return kNames.count(name) != 0;
 }
 
 mode_t Umask() {
@@ -44,17 +41,20 @@ void Describe(const std::ios& stream, std::ostream& out) {
 
 }  // namespace
 
-ProcessState::ProcessState() {
+std::string ProcessState() {
+  std::set<std::string> environment;
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string text = *variable;
-    const std::size_t equals = text.find('=');
-    if (!IsSetByRequests(text.substr(0, equals))) {
-      environment[text.substr(0, equals)] = text.substr(equals + 1);
+    if (!IsSetByRequests(text.substr(0, text.find('=')))) {
+      environment.insert(text);
     }
+  }
+  std::ostringstream out;
+  for (const std::string& variable : environment) {
+    out << variable << '\n';
   }
   char name[17] = {};
   prctl(PR_GET_NAME, name);
-  std::ostringstream out;
   out << std::filesystem::current_path() << ' ' << Umask() << ' ' << getpriority(PRIO_PROCESS, 0)
       << ' ' << name << ' ' << LogIdentity() << '\n';
   for (int i = 0; i < kMostDescriptors; ++i) {
@@ -67,14 +67,7 @@ ProcessState::ProcessState() {
   }
   Describe(std::cin, out);
   Describe(std::cout, out);
-  rest = out.str();
-}
-
-bool ProcessState::operator==(const ProcessState& other) const {
-  if (rest != other.rest) {
-    std::cerr << rest << "was, and now is\n" << other.rest;
-  }
-  return environment == other.environment && rest == other.rest;
+  return out.str();
 }
 
 }  // namespace ORBO

@@ -9,9 +9,8 @@
 
 #include "runner/DescriptionCache.h"
 #include "runner/description_candidates.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
 #include "support/scratch.h"
+#include "support/target.h"
 #include "unit/LogCapture.h"
 #include "util/WorkingDirectoryGuard.h"
 #include "util/json_types.h"

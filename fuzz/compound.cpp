@@ -8,9 +8,9 @@
 #include <iostream>
 #include <string>
 
-#include "support/FuzzInput.h"
-#include "support/require.h"
+#include "support/cgi_answer.h"
 #include "support/scratch.h"
+#include "support/target.h"
 #include "support/text.h"
 #include "util/WorkingDirectoryGuard.h"
 #include "util/json_text.h"
@@ -60,16 +60,6 @@ Json::Value Run(const Json::Value& compound, const Json::Value& stop) {
   APIRunner runner;
   runner.Run(options);
   return runner.GetResponse();
-}
-
-// The error code of an answer, 0 for a success.
-int CodeOf(const Json::Value& body) {
-  const Json::Value& success = JSON::At(body, "success");
-  const int code = JSON::AsInt(JSON::At(JSON::At(body, "error"), "code"));
-  Require(body.type() == Json::objectValue && JSON::IsBool(success));
-  Require(JSON::AsBool(success) ? !JSON::Has(body, "error")
-                                : code != 0 && !JSON::Has(body, "data"));
-  return code;
 }
 
 // Checks the answer to a list; gives the index of the last call that was made.

@@ -10,9 +10,8 @@
 
 #include "platform/linux/stored_files.h"
 #include "platform/linux/upload_steps.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
 #include "support/scratch.h"
+#include "support/target.h"
 #include "util/Descriptor.h"
 #include "util/read_file.h"
 #include "util/write_file.h"

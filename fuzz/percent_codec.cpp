@@ -5,8 +5,7 @@
 
 #include "platform/linux/base64url.h"
 #include "platform/webapi_util.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
+#include "support/target.h"
 #include "support/text.h"
 #include "util/json_text.h"
 #include "util/json_types.h"

@@ -1,11 +1,10 @@
 // Runs a fuzz target over the files of the directories that are named.
 
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 
-#include "support/FuzzInput.h"
+#include "support/target.h"
 #include "util/read_file.h"
 
 int main(int argc, char** argv) {
@@ -19,7 +18,7 @@ int main(int argc, char** argv) {
       }
       std::printf("%s\n", entry.path().c_str());
       std::fflush(stdout);
-      ORBO::TestInput({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+      ORBO::TestInput(ORBO::FuzzInput(text));
       ++count;
     }
   }

@@ -9,9 +9,8 @@
 #include <utility>
 
 #include "runner/usage_counter.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
 #include "support/scratch.h"
+#include "support/target.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
 #include "util/read_file.h"

@@ -12,12 +12,9 @@ int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
       std::string text;
-      if (!ORBO::ReadWholeFile(entry.path(), text)) {
-        std::fprintf(stderr, "cannot read %s\n", entry.path().c_str());
-        return 1;
-      }
       std::printf("%s\n", entry.path().c_str());
       std::fflush(stdout);
+      ORBO::Require(ORBO::ReadWholeFile(entry.path(), text));
       ORBO::TestInput(ORBO::FuzzInput(text));
       ++count;
     }

@@ -1,6 +1,5 @@
 #include "support/process_state.h"
 
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -18,7 +17,6 @@
 namespace ORBO {
 namespace {
 
-constexpr int kMostDescriptors = 64;
 constexpr int kMostSignals = 32;
 
 bool IsSetByRequests(const std::string& name) {
@@ -57,8 +55,8 @@ std::string ProcessState() {
   prctl(PR_GET_NAME, name);
   out << std::filesystem::current_path() << ' ' << Umask() << ' ' << getpriority(PRIO_PROCESS, 0)
       << ' ' << name << ' ' << LogIdentity() << '\n';
-  for (int i = 0; i < kMostDescriptors; ++i) {
-    out << (fcntl(i, F_GETFD) >= 0 ? std::to_string(i) + ' ' : "");
+  for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
+    out << open.path().filename() << ' ';
   }
   for (int i = 1; i < kMostSignals; ++i) {
     struct sigaction action {};

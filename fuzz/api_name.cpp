@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <set>
 #include <string>
+#include <system_error>
 
 #include "runner/DescriptionCache.h"
 #include "runner/description_candidates.h"
@@ -69,6 +70,10 @@ void TestInput(FuzzInput input) {
   const std::string api(input.TakeRest());
   const std::string path = ExistingCandidate(api);
   Require(path.empty() || api.find(path.substr(0, path.size() - 4)) == 0);
+  for (const std::string& candidate : DescriptionCandidates(api)) {
+    std::error_code error;
+    Require(candidate.size() <= path.size() || !fs::exists(candidate, error));
+  }
 
   const LogCapture log;
   DescriptionDefaults defaults;

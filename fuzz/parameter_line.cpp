@@ -55,8 +55,14 @@ Json::Value Read(const std::string& line) {
   Require(strPairToJsonObj(line, texts, true, false) || CountOf(line, '&') >= kMostPairs);
   Require(is_read ? params.size() == texts.size() : params.empty());
   for (const std::string& name : params.getMemberNames()) {
+    const std::string text = JSON::AsString(texts[name]);
+    Json::Value parsed;
     if (params[name] != texts[name]) {
-      CheckByOtherReader(JSON::AsString(texts[name]), params[name]);
+      CheckByOtherReader(text, params[name]);
+    } else {
+      const std::size_t last = text.find_last_not_of(" \t\r\n");
+      Require(text.find_first_not_of(" \t\r\n") != 0 || last + 1 != text.size() ||
+              !JSON::Parse(text, parsed));
     }
   }
 

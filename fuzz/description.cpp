@@ -5,7 +5,6 @@
 
 #include <set>
 #include <string>
-#include <string_view>
 
 #include "entry/auth_level.h"
 #include "request/user_class.h"

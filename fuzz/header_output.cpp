@@ -16,7 +16,6 @@
 #include "support/text.h"
 #include "transfer/content_disposition.h"
 #include "util/header_line.h"
-#include "util/json_text.h"
 #include "util/json_types.h"
 
 namespace ORBO {

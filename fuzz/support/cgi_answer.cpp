@@ -2,7 +2,6 @@
 
 #include "support/target.h"
 #include "util/header_line.h"
-#include "util/json_text.h"
 #include "util/json_types.h"
 
 namespace ORBO {

@@ -5,15 +5,13 @@
 
 #include <set>
 #include <string>
-#include <string_view>
 
 #include "entry/auth_level.h"
 #include "request/user_class.h"
 #include "runner/DescriptionCache.h"
 #include "runner/description_rules.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
 #include "support/scratch.h"
+#include "support/target.h"
 #include "util/WorkingDirectoryGuard.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
@@ -27,37 +25,6 @@ constexpr std::size_t kMostNames = 12;
 
 using Entry = DescriptionFile::Entry;
 
-struct Method {
-  const std::string& api;
-  int version;
-  std::string name;
-};
-
-const Json::Value& MethodList(const Json::Value& entry, int version) {
-  const Json::Value& list = JSON::At(JSON::At(entry, "methods"), std::to_string(version));
-  return list.type() == Json::arrayValue ? list : Json::Value::nullSingleton();
-}
-
-bool IsListed(const Json::Value& entry, const Method& method) {
-  for (const Json::Value& element : MethodList(entry, method.version)) {
-    if (element == Json::Value(method.name) || JSON::Has(element, method.name)) {
-      return true;
-    }
-  }
-  return false;
-}
-
-// Null where the method has no attributes of its own.
-const Json::Value* OwnAttributes(const Json::Value& entry, const Method& method) {
-  for (const Json::Value& element : MethodList(entry, method.version)) {
-    if (element.type() == Json::objectValue && !element.empty() &&
-        element.begin().name() == method.name) {
-      return &*element.begin();
-    }
-  }
-  return nullptr;
-}
-
 void CheckUsers(const Json::Value& classes) {
   const int mask = UserClassMask(classes);
   for (const UserClassBit& row : kUserClassBits) {
@@ -65,30 +32,22 @@ void CheckUsers(const Json::Value& classes) {
   }
 }
 
-// `entry` is null where a number in it fits no value.
-void CheckMethod(DescriptionCache& cache, DescriptionDefaults& defaults, const Method& method,
-                 const Json::Value* entry) {
-  const auto& [api, version, name] = method;
-  const bool is_listed = cache.IsMethodListed(api, version, name);
-  const Json::Value& attributes = cache.MethodAttributes(api, version, name);
-  Require(&attributes == &cache.MethodAttributes(api, version, name));
-  if (entry != nullptr) {
-    const Json::Value* const own = OwnAttributes(*entry, method);
-    Require(is_listed == IsListed(*entry, method) && (own == nullptr || is_listed));
-    Require(attributes == (own != nullptr ? *own : defaults.Get("methods")));
-  }
-  std::set<std::string> keys = {"allowUpload", "allowUser", "authLevel", "none"};
-  if (attributes.type() == Json::objectValue) {
-    for (auto member = attributes.begin(); member != attributes.end(); ++member) {
-      keys.insert(member.name());
-    }
-  }
-  for (const std::string& key : keys) {
+// What is looked up attribute by attribute is what the attributes say as a whole.
+void CheckMethod(DescriptionCache& cache, DescriptionDefaults& defaults, const std::string& api,
+                 int version, const std::string& method, const Json::Value& entry) {
+  const Json::Value& attributes = cache.MethodAttributes(api, version, method);
+  Require(&attributes == &cache.MethodAttributes(api, version, method));
+  const Json::Value& list = JSON::At(JSON::At(entry, "methods"), std::to_string(version));
+  Require(cache.IsMethodListed(api, version, method) || attributes == defaults.Get("methods"));
+  Require(JSON::SearchArrayIndex(list, method) == Json::Value::maxUInt ||
+          cache.IsMethodListed(api, version, method));
+  for (const char* const key : {"allowUpload", "allowUser", "authLevel", "none"}) {
     Json::Value value;
-    const bool is_found = cache.FindMethodAttribute(api, version, name, key, value);
-    const bool is_set = cache.IsMethodAttributeSet(api, version, name, key);
+    const bool is_found = cache.FindMethodAttribute(api, version, method, key, value);
+    const bool is_set = cache.IsMethodAttributeSet(api, version, method, key);
     CheckUsers(value);
-    if (entry != nullptr) {
+    // Where a number in it fits no value there is no entry.
+    if (!JSON::IsNull(entry)) {
       Require(is_found == JSON::Has(attributes, key) && value == JSON::At(attributes, key));
       const Json::Value& said = JSON::IsObject(attributes) ? attributes : defaults.Get("methods");
       Require(is_set == JSON::AsBool(JSON::At(said, key)));
@@ -128,7 +87,7 @@ void CheckEntry(DescriptionCache& cache, DescriptionDefaults& defaults, const En
   }
   for (const int version : versions) {
     for (const std::string& name : names) {
-      CheckMethod(cache, defaults, {entry.api, version, name}, said);
+      CheckMethod(cache, defaults, entry.api, version, name, JSON::At(loaded, entry.api));
     }
   }
 }

@@ -9,9 +9,9 @@
 #include "platform/cgi.h"
 #include "platform/cipher.h"
 #include "platform/webapi_util.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
 #include "support/scratch.h"
+#include "support/target.h"
+#include "support/text.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
 
@@ -19,7 +19,6 @@ namespace ORBO {
 namespace {
 
 using WebAPIUtil::strPairToJsonObj;
-using WebAPIUtil::URLDecode;
 using WebAPIUtil::URLEncode;
 
 constexpr std::size_t kMostPairs = 4096;
@@ -41,33 +40,6 @@ void CheckByOtherReader(const std::string& text, const Json::Value& value) {
   }
 }
 
-Json::Value TypedValue(const std::string& text) {
-  Json::Value value;
-  const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
-  if (text.empty() || is_blank(text.front()) || is_blank(text.back()) ||
-      !JSON::Parse(text, value)) {
-    return text;
-  }
-  CheckByOtherReader(text, value);
-  return value;
-}
-
-// What the line means, worked out piece by piece.  False if it has too many.
-bool TakeApart(const std::string& line, Json::Value& out) {
-  std::size_t count = 0;
-  for (std::size_t begin = 0, end = 0; begin <= line.size(); begin = end + 1) {
-    end = std::min(line.find('&', begin), line.size());
-    const std::string piece = line.substr(begin, end - begin);
-    if (!piece.empty()) {
-      const std::size_t equals = std::min(piece.find('='), piece.size());
-      out[URLDecode(piece.substr(0, equals), false)] =
-          TypedValue(URLDecode(piece.substr(std::min(equals + 1, piece.size())), false));
-      ++count;
-    }
-  }
-  return count <= kMostPairs;
-}
-
 std::string ToLine(const Json::Value& params) {
   std::string line;
   for (auto param = params.begin(); param != params.end(); ++param) {
@@ -78,10 +50,21 @@ std::string ToLine(const Json::Value& params) {
 
 Json::Value Read(const std::string& line) {
   Json::Value params(Json::objectValue);
-  Json::Value expected(Json::objectValue);
-  const bool is_small = TakeApart(line, expected);
-  Require(strPairToJsonObj(line, params, true, true) == is_small);
-  Require(params == (is_small ? expected : Json::Value(Json::objectValue)));
+  Json::Value texts(Json::objectValue);
+  const bool is_read = strPairToJsonObj(line, params, true, true);
+  Require(strPairToJsonObj(line, texts, true, false) || CountOf(line, '&') >= kMostPairs);
+  Require(is_read ? params.size() == texts.size() : params.empty());
+  for (const std::string& name : params.getMemberNames()) {
+    const std::string text = JSON::AsString(texts[name]);
+    Json::Value parsed;
+    if (params[name] != texts[name]) {
+      CheckByOtherReader(text, params[name]);
+    } else {
+      const std::size_t last = text.find_last_not_of(" \t\r\n");
+      Require(text.find_first_not_of(" \t\r\n") != 0 || last + 1 != text.size() ||
+              !JSON::Parse(text, parsed));
+    }
+  }
 
   // Written and read again it is the same, but for malformed UTF-8, which is repaired.
   Json::Value repaired(Json::objectValue);
@@ -97,14 +80,12 @@ bool IsPlain(const Json::Value& params) {
          (nested == nullptr || IsPlain(*nested));
 }
 
-void CheckTyped(APIRequest& request, const std::string& name, const Json::Value& value) {
-  const auto text = request.GetAndCheckString(name, APIRequest::PARAM_OPTIONAL);
-  Require(!JSON::IsString(value) || (text.IsSet() && text.Get() == JSON::AsString(value)));
-  const auto number = request.GetAndCheckIntegral<long long>(name, APIRequest::PARAM_OPTIONAL);
-  Require(!JSON::IsInt(value) || (number.IsSet() && number.Get() == JSON::AsInt64(value)));
+void CheckTyped(APIRequest& request, const std::string& name) {
   const auto list = request.GetAndCheckUnitArray(name, APIRequest::PARAM_OPTIONAL);
   Require(!list.IsSet() || JSON::IsArray(list.Get()));
+  request.GetAndCheckString(name, APIRequest::PARAM_REQUIRED);
   request.GetAndCheckInt(name, APIRequest::PARAM_REQUIRED);
+  request.GetAndCheckIntegral<long long>(name, APIRequest::PARAM_REQUIRED);
   request.GetAndCheckBool(name, APIRequest::PARAM_REQUIRED);
   request.GetAndCheckReal(name, APIRequest::PARAM_REQUIRED);
   request.GetAndCheckObject(name, APIRequest::PARAM_REQUIRED);
@@ -129,8 +110,7 @@ void TestInput(FuzzInput input) {
   }
   Require(!is_plain || request.GetParam("", Json::Value()) == merged);
   for (const std::string& name : merged.getMemberNames()) {
-    Require(name.empty() || !is_plain || request.GetParam(name, Json::Value()) == merged[name]);
-    CheckTyped(request, name, is_plain && !name.empty() ? merged[name] : Json::Value());
+    CheckTyped(request, name);
   }
 
   const std::string before = get.c_str();

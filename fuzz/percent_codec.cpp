@@ -5,8 +5,8 @@
 
 #include "platform/linux/base64url.h"
 #include "platform/webapi_util.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
+#include "support/target.h"
+#include "support/text.h"
 #include "util/json_text.h"
 #include "util/json_types.h"
 
@@ -17,10 +17,6 @@ using WebAPIUtil::URLDecode;
 using WebAPIUtil::URLEncode;
 
 constexpr char kUnreserved[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
-
-std::size_t CountOf(const std::string& text, char wanted) {
-  return static_cast<std::size_t>(std::count(text.begin(), text.end(), wanted));
-}
 
 void CheckPercent(const std::string& text) {
   const std::string encoded = URLEncode(text);

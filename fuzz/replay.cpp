@@ -1,11 +1,10 @@
 // Runs a fuzz target over the files of the directories that are named.
 
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 
-#include "support/FuzzInput.h"
+#include "support/target.h"
 #include "util/read_file.h"
 
 int main(int argc, char** argv) {
@@ -13,13 +12,10 @@ int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
       std::string text;
-      if (!ORBO::ReadWholeFile(entry.path(), text)) {
-        std::fprintf(stderr, "cannot read %s\n", entry.path().c_str());
-        return 1;
-      }
       std::printf("%s\n", entry.path().c_str());
       std::fflush(stdout);
-      ORBO::TestInput({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+      ORBO::Require(ORBO::ReadWholeFile(entry.path(), text));
+      ORBO::TestInput(ORBO::FuzzInput(text));
       ++count;
     }
   }

@@ -19,9 +19,8 @@
 #include "platform/linux/wall_clock.h"
 #include "platform/webapi_util.h"
 #include "request/encrypted_params.h"
-#include "support/FuzzInput.h"
-#include "support/require.h"
 #include "support/scratch.h"
+#include "support/target.h"
 #include "util/json_types.h"
 
 namespace ORBO {
@@ -52,18 +51,6 @@ const std::string& PublicKey() {
   }();
   return spki;
 }
-
-struct Change {
-  std::size_t place = 0;
-  unsigned char by = 0;
-
-  void Make(std::string& text) const {
-    if (!text.empty()) {
-      char& c = text[text.size() * place / 256];
-      c = static_cast<char>(c ^ by);
-    }
-  }
-};
 
 // The parameters in plain, or null.
 Json::Value Opened(Json::Value params) { return DecryptParam(params) ? params : Json::Value(); }
@@ -98,30 +85,26 @@ Json::Value Meaning(const std::string& line) {
   return is_line ? params : Json::Value();
 }
 
-void CheckText(const std::string& line, const Change& change) {
-  std::string text;
-  Require(SealAsText(PublicKey(), line, WallClock(), text));
-  change.Make(text);
-  Json::Value message;
-  message[kCipherTextMember] = text;
-  CheckMessage(message, Meaning(line), change.by != 0);
-}
-
-void CheckPair(const std::string& line, const Change& change) {
+// `line` sealed as a text or a pair, and what its place `place` holds changed by `change`.
+Json::Value Sealed(const std::string& line, bool is_pair, std::size_t place, unsigned char change) {
   std::string token;
   std::string text;
-  Require(SealAsPair(PublicKey(), line, WallClock(), token, text));
-  change.Make(change.place % 2 == 0 ? token : text);
+  Require(is_pair ? SealAsPair(PublicKey(), line, WallClock(), token, text)
+                  : SealAsText(PublicKey(), line, WallClock(), text));
+  std::string& changed = is_pair && place % 2 == 0 ? token : text;
+  char& c = changed[changed.size() * place / 256];
+  c = static_cast<char>(c ^ change);
   Json::Value message;
-  message[kKeyTokenMember] = token;
-  message[kKeyedTextMember] = text;
-  CheckMessage(message, Meaning(line), change.by != 0);
+  message[is_pair ? kKeyedTextMember : kCipherTextMember] = text;
+  if (is_pair) {
+    message[kKeyTokenMember] = token;
+  }
+  return message;
 }
 
 void CheckWithinLine(const std::string& line) {
-  std::string text;
-  Require(SealAsText(PublicKey(), line, WallClock(), text));
-  text = "x=1&__cIpHeRtExT=" + text + "&y=2";
+  const Json::Value message = Sealed(line, false, 0, 0);
+  std::string text = "x=1&__cIpHeRtExT=" + JSON::AsString(message[kCipherTextMember]) + "&y=2";
   const bool is_opened = OrboCgiDetectAndDecryptParamLine(text.data()) != 0;
   Require(is_opened || text.find(kCipherTextMember) == 4);
   if (line.find("__cIpHeR") == std::string::npos) {
@@ -135,11 +118,12 @@ void CheckWithinLine(const std::string& line) {
 void TestInput(FuzzInput input) {
   PublicKey();
   Marks().clear();
-  Change change;
+  std::size_t place = 0;
+  unsigned char change = 0;
   unsigned char form = input.TakeByte();
   if (form == 'c') {
-    change.place = input.TakeByte();
-    change.by = std::max<unsigned char>(input.TakeByte(), 1);
+    place = input.TakeByte();
+    change = std::max<unsigned char>(input.TakeByte(), 1);
     form = input.TakeByte();
   }
   Json::Value message;
@@ -150,9 +134,11 @@ void TestInput(FuzzInput input) {
     message[kCipherTextMember] = std::string(input.TakeRest());
   } else {
     const std::string line(input.TakeRest());
-    form == 's'   ? CheckText(line, change)
-    : form == 'p' ? CheckPair(line, change)
-                  : CheckWithinLine(line);
+    if (form == 's' || form == 'p') {
+      CheckMessage(Sealed(line, form == 'p', place, change), Meaning(line), change != 0);
+    } else {
+      CheckWithinLine(line);
+    }
     return;
   }
   Require(Opened(message).isNull() && Marks().empty());

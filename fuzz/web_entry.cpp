@@ -15,20 +15,17 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 
-#include "platform/linux/session_store.h"
-#include "platform/linux/session_text.h"
 #include "platform/process.h"
-#include "support/FuzzInput.h"
-#include "support/ProcessState.h"
 #include "support/cgi_answer.h"
-#include "support/require.h"
+#include "support/process_state.h"
 #include "support/scratch.h"
+#include "support/target.h"
 #include "util/Descriptor.h"
 #include "util/json_text.h"
-#include "util/json_types.h"
 #include "util/read_file.h"
 #include "util/write_file.h"
 
@@ -47,7 +44,7 @@ constexpr char kSession[] = "sAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA";
 
 constexpr char kDescription[] = R"({
   "ORBO.Fuzz": {
-    "lib": "@", "minVersion": 1, "maxVersion": 2, "authLevel": 0,
+    "lib": ")" WEBAPI_FUZZ_HANDLER R"(", "minVersion": 1, "maxVersion": 2, "authLevel": 0,
     "methods": {
       "1": ["act", {"upload": {"allowUpload": true}}, {"send": {"allowDownload": true}},
             {"load": {"allowUpload": true, "deferUpload": true}}],
@@ -55,79 +52,54 @@ constexpr char kDescription[] = R"({
     }
   },
   "ORBO.Fuzz.Member": {
-    "lib": "@", "minVersion": 1, "maxVersion": 1, "methods": {"1": ["act"]},
-    "allowUser": ["admin.local", "normal.local"]
+    "lib": ")" WEBAPI_FUZZ_HANDLER R"(", "minVersion": 1, "maxVersion": 1,
+    "methods": {"1": ["act"]}, "allowUser": ["admin.local", "normal.local"]
   },
   "ORBO.Fuzz.Visitor": {
-    "lib": "@", "minVersion": 1, "maxVersion": 1, "methods": {"1": ["act"]}, "authLevel": 2
+    "lib": ")" WEBAPI_FUZZ_HANDLER R"(", "minVersion": 1, "maxVersion": 1,
+    "methods": {"1": ["act"]}, "authLevel": 2
   }
 })";
 
-constexpr char kUpload[] =
-    "--b0\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n1\r\n--b0--\r\n";
-
-using Variables = std::map<std::string, std::string>;
-
 std::string Uploads() { return ScratchDirectory() + "/tmp"; }
 
-// A system with the handler, entered once.
-void EnterSystem() {
-  static bool is_entered = false;
-  if (std::exchange(is_entered, true)) {
-    return;
-  }
-  std::string description = kDescription;
-  for (std::size_t at; (at = description.find('@')) != std::string::npos;) {
-    description.replace(at, 1, WEBAPI_FUZZ_HANDLER);
-  }
+// A system with the handler, entered.
+bool EnterSystem() {
   const std::string directory = std::string(kWebAPI) + "/";
-  WriteScratch(directory + "ORBO.Fuzz.lib", description);
+  WriteScratch(directory + "ORBO.Fuzz.lib", kDescription);
   WriteScratch(directory + "lib.def", R"({"authLevel": 1, "priority": 0})");
   WriteScratch(directory + "ORBO.Entry.lib", R"({"ORBO.Entry.Request": {"lib": "built-in",
       "minVersion": 1, "maxVersion": 1, "authLevel": 0, "methods": {"1": ["request"]}}})");
-  Session session;
-  session.user = "root";
-  session.timeout = 0;
-  WriteScratch(std::string("run/orbo/sessions/") + kSession, ToSessionText(session));
+  WriteScratch(std::string("run/orbo/sessions/") + kSession, R"({"user":"root","timeout":0})");
   std::filesystem::create_directory(Uploads());
   Require(chmod((ScratchDirectory() + "/run/orbo/sessions").c_str(), 0700) == 0);
   Require(chdir((ScratchDirectory() + "/" + kWebAPI).c_str()) == 0);
   openlog(program_invocation_short_name, 0, 0);
   // Stays open, since the search looks at the coverage of all that was ever open.
   Require(dlopen(WEBAPI_FUZZ_HANDLER, RTLD_NOW) != nullptr);
+  return true;
 }
 
 // What a web server hands on of a request.
 bool IsOfRequest(const std::string& name) {
-  for (const char* known :
-       {"QUERY_STRING", "REQUEST_METHOD", "CONTENT_LENGTH", "CONTENT_TYPE", "REQUEST_URI",
-        "REQUEST_SCHEME", "HTTPS", "REMOTE_ADDR", "SCRIPT_NAME", "MOD_X_SENDFILE_ENABLED"}) {
-    if (name == known) {
-      return true;
-    }
-  }
-  return name.compare(0, 5, "HTTP_") == 0;
+  static const std::set<std::string> kNames = {
+      "QUERY_STRING", "REQUEST_METHOD",        "CONTENT_LENGTH", "CONTENT_TYPE",
+      "REQUEST_URI",  "REQUEST_SCHEME",        "HTTPS",          "REMOTE_ADDR",
+      "SCRIPT_NAME",  "MOD_X_SENDFILE_ENABLED"};
+  return kNames.count(name) != 0 || name.compare(0, 5, "HTTP_") == 0;
 }
 
-// Those of any request.
-Variables BasicVariables() {
-  return {{"GATEWAY_INTERFACE", "CGI/1.1"}, {"HTTP_HOST", "localhost"},
-          {"REMOTE_ADDR", "127.0.0.1"},     {"REQUEST_METHOD", "GET"},
-          {"SCRIPT_NAME", "/entry.cgi"},    {"WEBAPI_ROOT", ScratchDirectory()}};
-}
-
-Variables ReadVariables(FuzzInput& input) {
-  Variables variables = BasicVariables();
-  for (std::string line; !(line = input.TakeLine()).empty();) {
+void EnterEnvironment(FuzzInput& lines) {
+  std::map<std::string, std::string> variables = {
+      {"GATEWAY_INTERFACE", "CGI/1.1"}, {"HTTP_HOST", "localhost"},
+      {"REMOTE_ADDR", "127.0.0.1"},     {"REQUEST_METHOD", "GET"},
+      {"SCRIPT_NAME", "/entry.cgi"},    {"WEBAPI_ROOT", ScratchDirectory()}};
+  for (std::string line; !(line = lines.TakeLine()).empty();) {
     const std::string name = line.substr(0, line.find('='));
     if (IsOfRequest(name)) {
       variables[name] = line.substr(std::min(name.size() + 1, line.size())).c_str();
     }
   }
-  return variables;
-}
-
-void EnterEnvironment(const Variables& variables) {
   clearenv();
   for (const auto& [name, value] : variables) {
     setenv(name.c_str(), value.c_str(), 1);
@@ -156,78 +128,56 @@ class StandardFile {
   Descriptor file_;
 };
 
-// The output of the whole program.
-std::string Serve(const std::string& body) {
+// The answer of the whole program.
+CgiAnswer Serve(FuzzInput request) {
+  EnterEnvironment(request);
+  const std::string_view body = request.TakeRest();
+  if (!body.empty()) {
+    setenv("CONTENT_LENGTH", std::to_string(body.size()).c_str(), 0);
+  }
   std::fflush(stdout);
   const StandardFile input(STDIN_FILENO, body);
   const StandardFile output(STDOUT_FILENO, "");
   __fpurge(stdin);
   std::clearerr(stdin);
   std::cin.clear();
-  const ProcessState before;
-  {
-    WebEntry entry;
-    entry.Run(Json::Value());
-  }
+  const std::string before = ProcessState();
+  WebEntry().Run(Json::Value());
   std::cin.clear();
   Require(before == ProcessState());
   std::fflush(stdout);
-  return output.Content();
+  Require(std::filesystem::is_empty(Uploads()));
+  return CgiAnswer(output.Content());
 }
 
-// A file that was sent, or the web server is asked to send.
-bool IsFileAnswer(const CgiAnswer& answer) { return !answer.Values("ETag").empty(); }
-
-void CheckFileAnswer(const CgiAnswer& answer, bool is_head) {
-  const auto lengths = answer.Values("Content-Length");
-  Require(lengths.size() <= 1 && answer.Values("Cache-Control").size() == 1);
-  const std::string length = lengths.empty() ? "0" : lengths[0];
-  Require(is_head ? answer.body.empty() : std::to_string(answer.body.size()) == length);
-}
-
-void Check(const CgiAnswer& answer, bool is_head) {
+void Check(const CgiAnswer& answer) {
   for (const char* once : {"Content-type", "Cache-Control"}) {
     Require(answer.Values(once).size() == 1);
   }
-  for (const char* at_most_once : {"Status", "Location", "x-request-error"}) {
+  for (const char* at_most_once : {"Status", "Location", "x-request-error", "Content-Length"}) {
     Require(answer.Values(at_most_once).size() <= 1);
   }
-  if (IsFileAnswer(answer)) {
-    CheckFileAnswer(answer, is_head);
-  } else {
-    Require(answer.Values("Pragma").size() == 1 && IsJsonAnswer(answer.body));
-  }
-}
-
-// Nothing that a request leaves behind may be in the way of the next.
-void ServeNext() {
-  Variables variables = BasicVariables();
-  variables["REQUEST_METHOD"] = "POST";
-  variables["QUERY_STRING"] = "api=ORBO.Fuzz&version=1&method=upload";
-  variables["CONTENT_TYPE"] = "multipart/form-data; boundary=b0";
-  variables["CONTENT_LENGTH"] = std::to_string(sizeof kUpload - 1);
-  EnterEnvironment(variables);
   Json::Value body;
-  Require(JSON::Parse(CgiAnswer(Serve(kUpload)).body, body) &&
-          JSON::At(JSON::At(body, "data"), "a") == Json::Value("1"));
+  // A file, which is sent here or by the web server, has one.
+  if (answer.Values("ETag").empty()) {
+    // One line.
+    Require(answer.Values("Pragma").size() == 1 && JSON::Parse(answer.body, body) &&
+            answer.body.find('\n') == answer.body.size() - 1);
+    CodeOf(body);
+  } else if (std::string_view(getenv("REQUEST_METHOD")) == "HEAD") {
+    Require(answer.body.empty());
+  } else {
+    const auto lengths = answer.Values("Content-Length");
+    Require(std::to_string(answer.body.size()) == (lengths.empty() ? "0" : lengths[0]));
+  }
 }
 
 }  // namespace
 
 void TestInput(FuzzInput input) {
-  EnterSystem();
-  Variables variables = ReadVariables(input);
-  const std::string body(input.TakeRest());
-  if (!body.empty()) {
-    variables.emplace("CONTENT_LENGTH", std::to_string(body.size()));
-  }
-  EnterEnvironment(variables);
-  const CgiAnswer answer(Serve(body));
-  Require(std::filesystem::is_empty(Uploads()));
-  Check(answer, variables["REQUEST_METHOD"] == "HEAD");
-  if (!body.empty()) {
-    ServeNext();
-  }
+  static const bool kReady = EnterSystem();
+  Require(kReady);
+  Check(Serve(input));
 }
 
 }  // namespace ORBO

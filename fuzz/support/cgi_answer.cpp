@@ -1,8 +1,7 @@
 #include "support/cgi_answer.h"
 
-#include "support/require.h"
+#include "support/target.h"
 #include "util/header_line.h"
-#include "util/json_text.h"
 #include "util/json_types.h"
 
 namespace ORBO {
@@ -46,14 +45,13 @@ std::vector<std::string> CgiAnswer::Values(std::string_view name) const {
   return values;
 }
 
-bool IsJsonAnswer(const std::string& text) {
-  Json::Value body;
-  if (text.empty() || text.find('\n') != text.size() - 1 || !JSON::Parse(text, body)) {
-    return false;
-  }
+int CodeOf(const Json::Value& body) {
   const Json::Value& success = JSON::At(body, "success");
-  return JSON::IsBool(success) &&
-         (JSON::AsBool(success) || JSON::AsInt(JSON::At(JSON::At(body, "error"), "code")) != 0);
+  const int code = JSON::AsInt(JSON::At(JSON::At(body, "error"), "code"));
+  Require(body.type() == Json::objectValue && JSON::IsBool(success));
+  Require(JSON::AsBool(success) ? !JSON::Has(body, "error")
+                                : code != 0 && !JSON::Has(body, "data"));
+  return code;
 }
 
 }  // namespace ORBO

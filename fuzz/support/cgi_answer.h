@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +23,7 @@ struct CgiAnswer {
   std::string body;
 };
 
-// Whether `text` is a body of the system's own: one line of JSON, which says whether the
-// call has succeeded, and what went wrong where it has not.
-bool IsJsonAnswer(const std::string& text);
+// The error code of a body of the system's own, 0 for a success.
+int CodeOf(const Json::Value& body);
 
 }  // namespace ORBO

@@ -1,8 +1,8 @@
 #include <cstdint>
 
-#include "support/FuzzInput.h"
+#include "support/target.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  ORBO::TestInput(ORBO::FuzzInput(data, size));
+  ORBO::TestInput(ORBO::FuzzInput({reinterpret_cast<const char*>(data), size}));
   return 0;
 }

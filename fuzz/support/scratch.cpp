@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "support/require.h"
+#include "support/target.h"
 #include "util/Descriptor.h"
 #include "util/write_file.h"
 

@@ -1,6 +1,5 @@
-#include "support/ProcessState.h"
+#include "support/process_state.h"
 
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -10,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 #include "unit/LogCapture.h"
@@ -17,17 +17,12 @@
 namespace ORBO {
 namespace {
 
-constexpr int kMostDescriptors = 64;
 constexpr int kMostSignals = 32;
 
 bool IsSetByRequests(const std::string& name) {
-  for (const char* set :
-       {"HTTP_COOKIE", "orboAccessToken", "USERNAME", "ORBO_WEBAPI_USERNAME", "SCRIPT_URI"}) {
-    if (name == set) {
-      return true;
-    }
-  }
-  return false;
+  static const std::set<std::string> kNames = {"HTTP_COOKIE", "orboAccessToken", "USERNAME",
+                                               "ORBO_WEBAPI_USERNAME", "SCRIPT_URI"};
+  return kNames.count(name) != 0;
 }
 
 mode_t Umask() {
@@ -44,21 +39,24 @@ void Describe(const std::ios& stream, std::ostream& out) {
 
 }  // namespace
 
-ProcessState::ProcessState() {
+std::string ProcessState() {
+  std::set<std::string> environment;
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string text = *variable;
-    const std::size_t equals = text.find('=');
-    if (!IsSetByRequests(text.substr(0, equals))) {
-      environment[text.substr(0, equals)] = text.substr(equals + 1);
+    if (!IsSetByRequests(text.substr(0, text.find('=')))) {
+      environment.insert(text);
     }
+  }
+  std::ostringstream out;
+  for (const std::string& variable : environment) {
+    out << variable << '\n';
   }
   char name[17] = {};
   prctl(PR_GET_NAME, name);
-  std::ostringstream out;
   out << std::filesystem::current_path() << ' ' << Umask() << ' ' << getpriority(PRIO_PROCESS, 0)
       << ' ' << name << ' ' << LogIdentity() << '\n';
-  for (int i = 0; i < kMostDescriptors; ++i) {
-    out << (fcntl(i, F_GETFD) >= 0 ? std::to_string(i) + ' ' : "");
+  for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
+    out << open.path().filename() << ' ';
   }
   for (int i = 1; i < kMostSignals; ++i) {
     struct sigaction action {};
@@ -67,14 +65,7 @@ ProcessState::ProcessState() {
   }
   Describe(std::cin, out);
   Describe(std::cout, out);
-  rest = out.str();
-}
-
-bool ProcessState::operator==(const ProcessState& other) const {
-  if (rest != other.rest) {
-    std::cerr << rest << "was, and now is\n" << other.rest;
-  }
-  return environment == other.environment && rest == other.rest;
+  return out.str();
 }
 
 }  // namespace ORBO

@@ -1,18 +1,23 @@
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 
 namespace ORBO {
 
+// What must hold whatever the input is.  A fuzzer and a replay stop where it does not.
+inline void Require(bool holds) {
+  if (!holds) {
+    std::abort();
+  }
+}
+
 // Takes an input apart from its front.  Text is split by lines, so that seeds are files
 // that one can write by hand.
 class FuzzInput {
  public:
-  FuzzInput(const std::uint8_t* data, std::size_t size)
-      : rest_(reinterpret_cast<const char*>(data), size) {}
+  explicit FuzzInput(std::string_view input) : rest_(input) {}
 
   bool IsEmpty() const { return rest_.empty(); }
   // 0 at the end.

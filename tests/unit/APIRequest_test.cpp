@@ -1,36 +1,8 @@
 #include <gtest/gtest.h>
 #include <webapi/APIRequest.h>
 
-#include <cstdio>
-#include <cstring>
-
-#include "platform/cipher.h"
 #include "request/APIRequestPrivate.h"
-#include "request/encrypted_params.h"
 #include "unit/json.h"
-
-// These stand for the platform's ciphers: "sealed:" or a key and ":" before a
-// text seal it.
-
-int OrboCgiDecryptParam(char* text) {
-  if (std::strncmp(text, "sealed:", 7) != 0) {
-    return 0;
-  }
-  std::memmove(text, text + 7, std::strlen(text) - 6);
-  return 1;
-}
-
-int ORBOKptokenGenerateToken(const char* token, char* key_buffer, int size) {
-  return std::snprintf(key_buffer, static_cast<std::size_t>(size), "%s", token) < size ? 0 : -1;
-}
-
-bool ORBO::CredRequestUtil::GetDecryptAESString(const std::string& key,
-                                                const std::string& cipher_text,
-                                                std::string& plain_text) {
-  const bool sealed = cipher_text.rfind(key + ":", 0) == 0;
-  plain_text = sealed ? cipher_text.substr(key.size() + 1) : "";
-  return sealed;
-}
 
 namespace ORBO {
 namespace {
@@ -57,13 +29,13 @@ TEST(APIBase, MergesAndClearsKnownSectionsOnly) {
 TEST(APIRequest, IsBuiltFromItsDescription) {
   APIRequest request(FromText(R"({
     "environ": {"A": "1", "B": 2, "HTTP_COOKIE": "id=abc%20d; flag; lang=e+n=1"},
-    "getParam": {"a": "1", "api": "X", "version": "3", "__cIpHeRtExT": "sealed:b=4"},
-    "postParam": {"a": "2", "method": "m", "__nEkOtReHpIc": "k", "__tXeTrEhPiC": "k:c=5"},
+    "getParam": {"a": "1", "api": "X", "version": "3"},
+    "postParam": {"a": "2", "method": "m"},
     "reqLib": {"lib": "x.so"}})"));
   EXPECT_TRUE(request.HasEnv("A") && !request.HasEnv("B"));
   EXPECT_EQ("abc d,e+n=1,none", request.GetSessionID() + "," + request.GetCookie("lang", "") + "," +
                                     request.GetCookie("flag", "none"));
-  EXPECT_EQ(FromText(R"({"a":"2","b":4,"c":5,"api":"X","version":"3","method":"m"})"),
+  EXPECT_EQ(FromText(R"({"a":"2","api":"X","version":"3","method":"m"})"),
             request.GetParam("", Json::Value()));
   EXPECT_EQ("X 3 m", request.GetAPIClass() + " " + std::to_string(request.GetAPIVersion()) + " " +
                          request.GetAPIMethod());
@@ -149,32 +121,6 @@ TEST(APIRequest, DerivesTheURL) {
     EXPECT_EQ(row.protocol, request.GetURLProto("none"));
     EXPECT_EQ(row.host, request.GetURLHost("none"));
     EXPECT_EQ("/x/ y", request.GetURLPath("/x/") + " " + request.GetURLName("y"));
-  }
-}
-
-TEST(EncryptedParams, ReservedMembersGoAndFailureShows) {
-  const struct {
-    const char* before;
-    bool result;
-    const char* after;
-  } rows[] = {
-      {R"({"__nEkOtReHpIc":"","__tXeTrEhPiC":":a=2","a":1})", false, R"({"a":1})"},
-      {R"({"__nEkOtReHpIc":"k","a":1})", true, R"({"__nEkOtReHpIc":"k","a":1})"},
-      {R"({"__tXeTrEhPiC":":a=2"})", true, R"({"__tXeTrEhPiC":":a=2"})"},
-      {R"({"__nEkOtReHpIc":"k\u0000","__tXeTrEhPiC":"k:a=2"})", false, "{}"},
-      {R"({"__cIpHeRtExT":"sealed:a=2\u0000"})", false, "{}"},
-      {R"({"webapi":{"__cIpHeRtExT":"no","b":2},"a":1})", false, R"({"webapi":{"b":2},"a":1})"},
-      {R"({"__cIpHeRtExT":"sealed:a=2&b=x","a":"1"})", true, R"({"a":2,"b":"x"})"},
-      {R"({"__nEkOtReHpIc":"k","__tXeTrEhPiC":"other:a=2","a":1})", false, R"({"a":1})"},
-      {R"({"__nEkOtReHpIc":"a key that is longer than the buffer for it","__tXeTrEhPiC":"x"})",
-       false, "{}"},
-      {R"({"__cIpHeRtExT":"sealed:__nEkOtReHpIc=k&__tXeTrEhPiC=k:a=2"})", true, R"({"a":2})"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.before);
-    Json::Value params = FromText(row.before);
-    EXPECT_EQ(row.result, DecryptParam(params));
-    EXPECT_EQ(FromText(row.after), params);
   }
 }
 

@@ -117,19 +117,6 @@ TEST_F(Descriptions, AFileIsLoadedWholeWithDefaults) {
   EXPECT_TRUE(descs.isMember("ORBO.A") && !descs.isMember("ORBO.Broken"));
 }
 
-TEST_F(Descriptions, CachedEntriesAreTheSameAsLoadedOnes) {
-  Json::Value descs(Json::objectValue);
-  ASSERT_TRUE(APIRunner().InitLibDesc(descs, "ORBO.A"));
-  for (const std::string api : {"ORBO.A", "ORBO.A.Twice", "ORBO.A.Esc"}) {
-    APIRunner runner;
-    APIRequest request(FromText(R"({"getParam":{"api":")" + api + R"("}})"));
-    EXPECT_FALSE(runner.AddAPIInfo(&request));
-    runner.GetMethod(api, 1, "any");
-    EXPECT_TRUE(runner.AddAPIInfo(&request));
-    EXPECT_EQ(descs[api], request.GetAPIInfo("", Json::Value()));
-  }
-}
-
 TEST_F(Descriptions, ALaterFileReplacesAnEntryWhole) {
   directory_.Write("ORBO.L.lib", R"({"ORBO.L":{"lib":"l","minVersion":1,"maxVersion":1,
       "methods":{}},"ORBO.L.B":{"lib":"new","minVersion":2,"maxVersion":2,"methods":{"2":["m"]}}})");
@@ -149,19 +136,7 @@ TEST_F(Descriptions, ALaterFileReplacesAnEntryWhole) {
 }
 
 TEST_F(Descriptions, MethodAttributesFollowTheListing) {
-  const char* const kDefaults = R"({"allowDemo":true,"allowUpload":true})";
-  const std::pair<const char*, const char*> rows[] = {
-      {"get", kDefaults},    {"set", R"({"allowUpload":false,"level":7})"},
-      {"none", "{}"},        {"b", R"({"q":2})"},  // first in name order stands for the element
-      {"z", kDefaults},      {"odd", "5"},
-      {"absent", kDefaults}, {"null", "null"},
-  };
   APIRunner runner;
-  for (const auto& [method, expected] : rows) {
-    EXPECT_EQ(FromText(expected), runner.GetMethod("ORBO.A", 1, method)) << method;
-  }
-  EXPECT_TRUE(runner.GetMethodAttr("ORBO.A", 1, "get", "allowUpload"));
-  EXPECT_FALSE(runner.GetMethodAttr("ORBO.A", 1, "none", "allowUpload"));
   EXPECT_TRUE(runner.GetMethodAttr("ORBO.A", 1, "odd", "allowUpload"));
   EXPECT_FALSE(runner.GetMethodAttr("ORBO.A", 1, "null", "allowUpload"));
   // What is no number there is grants nothing.

@@ -54,16 +54,8 @@ void Fail(const std::string& user, const std::string& address = kAddress) {
   NoteLoginFailure(user, address);
 }
 
-void Succeed(const std::string& user) {
-  EXPECT_EQ(0, Wait(user)) << user;
-  NoteLoginSuccess(user, kAddress);
-}
-
 class LoginThrottle : public ::testing::Test {
  protected:
-  void Configure(const std::string& lines) const { root_.Configure(lines); }
-
- private:
   WebAPIDirectory root_;
 };
 
@@ -91,11 +83,11 @@ TEST_F(LoginThrottle, WaitsGrowUntilTheLockAndFailuresAreForgotten) {
 }
 
 TEST_F(LoginThrottle, LimitsAreConfigured) {
-  Configure("login_attempts = 1\nlogin_lock_minutes = 2\n");
+  root_.Configure("login_attempts = 1\nlogin_lock_minutes = 2\n");
   Fail("ann");
   EXPECT_EQ(120, Wait("ann"));
   const LogCapture log;
-  Configure("login_attempts = 0\nlogin_lock_minutes = x\n");
+  root_.Configure("login_attempts = 0\nlogin_lock_minutes = x\n");
   Fail("bob");
   EXPECT_EQ(0, Wait("bob")) << "what is out of range counts as not set";
   EXPECT_TRUE(log.Has("login_attempts is no number from 1 to 1000") &&
@@ -103,11 +95,12 @@ TEST_F(LoginThrottle, LimitsAreConfigured) {
 }
 
 TEST_F(LoginThrottle, SuccessClearsTheUserAndNotTheAddress) {
-  Configure("login_attempts = 2\nlogin_address_attempts = 4\n");
+  root_.Configure("login_attempts = 2\nlogin_address_attempts = 4\n");
   Fail("own");
   for (const char* user : {"u1", "u2", "u3"}) {
     LetPass(30);
-    Succeed("own");
+    EXPECT_EQ(0, Wait("own"));
+    NoteLoginSuccess("own", kAddress);
     LetPass(30);
     Fail(user);
   }
@@ -116,14 +109,14 @@ TEST_F(LoginThrottle, SuccessClearsTheUserAndNotTheAddress) {
 }
 
 TEST_F(LoginThrottle, OneNetworkIsOneAddress) {
-  Configure("login_address_attempts = 1\n");
+  root_.Configure("login_address_attempts = 1\n");
   Fail("ann", "2001:db8::1");
   EXPECT_EQ(kLock, Wait("bob", "2001:db8::ffff:2"));
   EXPECT_EQ(0, Wait("bob", "2001:db8:0:1::1"));
 }
 
 TEST_F(LoginThrottle, AnAttemptThatIsNeverReportedFailed) {
-  Configure("login_attempts = 1\nlogin_address_attempts = 1\n");
+  root_.Configure("login_attempts = 1\nlogin_address_attempts = 1\n");
   EXPECT_EQ(0, Wait("ann"));
   EXPECT_EQ(kLock, Wait("ann"));
   NoteLoginAbandoned("ann", kAddress);
@@ -133,7 +126,7 @@ TEST_F(LoginThrottle, AnAttemptThatIsNeverReportedFailed) {
 TEST_F(LoginThrottle, ProcessesThatAskAtOnceShareTheAttempts) {
   constexpr int kChildren = 8;
   constexpr int kAsked = 100;  // by each
-  Configure("login_attempts = 1000\nlogin_address_attempts = 100000\n");
+  root_.Configure("login_attempts = 1000\nlogin_address_attempts = 100000\n");
   for (int i = 0; i < kChildren; ++i) {
     if (fork() == 0) {
       int admitted = 0;
@@ -151,7 +144,7 @@ TEST_F(LoginThrottle, ProcessesThatAskAtOnceShareTheAttempts) {
 }
 
 TEST_F(LoginThrottle, ARestartDoesNotLockForLonger) {
-  Configure("login_attempts = 1\n");
+  root_.Configure("login_attempts = 1\n");
   Fail("ann");
   LetPass(-1000000);
   EXPECT_EQ(kLock, Wait("ann"));
@@ -168,7 +161,7 @@ TEST_F(LoginThrottle, NobodyMayTryWithoutCounters) {
 }
 
 TEST_F(LoginThrottle, ManyNamesDoNotFillTheDisk) {
-  Configure("login_address_attempts = 100000\n");
+  root_.Configure("login_address_attempts = 100000\n");
   for (int i = 0; i < 3000; ++i) {
     SecondsUntilLogin("name" + std::to_string(i), "198.51.100." + std::to_string(i % 250));
   }

@@ -1,10 +1,8 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -54,13 +52,10 @@ class PermissionPlatform : public testing::Test {
     fs::create_directories(file.parent_path());
     std::ofstream(file) << text;
   }
-  void Configure(const std::string& text) const { root_.Configure(text); }
 
   // Puts the file's last modification `seconds` into the past.
   static void SetAge(const std::string& path, std::int64_t seconds) {
-    timespec times[2] = {};
-    times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(std::time(nullptr) - seconds);
-    ASSERT_EQ(0, utimensat(AT_FDCWD, path.c_str(), times, 0));
+    fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::seconds(seconds));
   }
 
   static std::string RemoteIP() {
@@ -127,7 +122,7 @@ TEST_F(PermissionPlatform, PagesOfOtherSitesAreTold) {
        false,
        {{"HTTP_X_FORWARDED_PROTO", "https"}, {"REMOTE_ADDR", "192.0.2.9"}}},
   };
-  Configure("trusted_proxies=192.0.2.9");
+  root_.Configure("trusted_proxies=192.0.2.9");
   for (const auto& row : rows) {
     SCOPED_TRACE(std::string(row.origin) + " at " + row.host);
     const Environment request({{"HTTP_HOST", row.host}, {"HTTP_ORIGIN", row.origin}});
@@ -161,7 +156,7 @@ TEST_F(PermissionPlatform, OnlyTrustedProxiesAreBelievedAboutTheClient) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    Configure(row.conf);
+    root_.Configure(row.conf);
     const Environment request(
         Variables{{"REMOTE_ADDR", row.peer}, {"HTTP_X_FORWARDED_FOR", row.header}});
     EXPECT_EQ(row.client, RemoteIP());
@@ -244,7 +239,7 @@ TEST_F(PermissionPlatform, AdministratorsAreNamedOrOfTheGroup) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    Configure(row.conf);
+    root_.Configure(row.conf);
     EXPECT_EQ(row.result, QLIBGroupIsAdminGroupMem(row.user, 0));
   }
   EXPECT_LT(QLIBGroupIsAdminGroupMem(nullptr, 0), 0);
@@ -296,7 +291,7 @@ TEST_F(PermissionPlatform, APrivilegeIsHeldByWhomItsFileNames) {
 TEST_F(PermissionPlatform, AChangedConfigurationHoldsAtOnce) {
   // Many within one tick of the clock that files get their times from.
   for (int minutes = 10; minutes < 100; ++minutes) {
-    Configure("session_timeout=" + std::to_string(minutes));
+    root_.Configure("session_timeout=" + std::to_string(minutes));
     ASSERT_EQ(minutes, QLIBCConfGetKEPTimeout());
   }
   fs::remove(std::string(std::getenv("WEBAPI_ROOT")) + "/etc/orbo/platform.conf");

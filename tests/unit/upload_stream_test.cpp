@@ -232,19 +232,6 @@ TEST_F(Upload, ABodyOfTheWrongLengthIsNoSuccess) {
   EXPECT_EQ("-5", Load(body, digits, "multipart/form-data").substr(0, 2));
 }
 
-TEST_F(Upload, CutAtEveryByteIsNoSuccess) {
-  std::string content;
-  for (int i = 0; i < 3900; ++i) {
-    content += "\r\n--b0\r-\n"[i * i % 9];
-  }
-  const std::string body = Field("a", "1") + File("f", "x", content) + Field("b", "2") + kEnd;
-  const std::string size = std::to_string(body.size());
-  for (std::size_t n = 1; n < body.size(); ++n) {
-    ASSERT_EQ("-1", Load(body.substr(0, n), size).substr(0, 2)) << n;
-  }
-  EXPECT_EQ("1 a=1 b=2 f.name=x f:" + content, Load(body));
-}
-
 TEST_F(Upload, FindsBoundariesWhereverThePiecesEnd) {
   constexpr std::size_t kRead = UploadBody::kEnough;
   const std::string content = std::string(kRead, '\r') + "x--b0--\r\n";

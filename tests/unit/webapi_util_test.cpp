@@ -20,16 +20,11 @@ TEST(ParamLine, ValuesAreJsonWhereTheyAreExactlyThat) {
   const std::string deepest = Repeat("[", 512) + Repeat("]", 512);
   const std::pair<std::string, std::string> rows[] = {
       {"&&", "null"},
-      {"a=true&b=null&c=1.5&d=[1,{\"x\":2}]&e=%7B%7D&f=\"10\"",
-       R"({"a":true,"b":null,"c":1.5,"d":[1,{"x":2}],"e":{},"f":"10"})"},
       {"a=012&b=+1&c=1x&d=[1,]&e=True&f=-&g=NaN",
        R"({"a":"012","b":" 1","c":"1x","d":"[1,]","e":"True","f":"-","g":"NaN"})"},
       {"a=[1]//x&b=/**/1&c=1e999&d=\"a", R"({"a":"[1]//x","b":"/**/1","c":"1e999","d":"\"a"})"},
       {"a&b=&=v&c=d=e&&f==", R"({"":"v","a":"","b":"","c":"d=e","f":"="})"},
       {"a=1&a=&a=3", R"({"a":3})"},
-      {"a+b=c+d%2Be&%61%3D%26=%3d%26", R"({"a b":"c d+e","a=&":"=&"})"},
-      {"a=%&b=%4&c=%zz&d=%41%&e=%%41", R"({"a":"%","b":"%4","c":"%zz","d":"A%","e":"%A"})"},
-      {"a=x%00y&b%00=1&c=%001", R"({"a":"x\u0000y","b\u0000":1,"c":"\u00001"})"},
       {"deep=" + deepest, "{\"deep\":" + deepest + "}"},
       {"deep=[" + deepest + "]", "{\"deep\":\"[" + deepest + "]\"}"},
   };

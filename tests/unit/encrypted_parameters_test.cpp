@@ -2,8 +2,6 @@
 // implementation, the crypto module of Node.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -23,6 +21,7 @@
 #include "platform/linux/wall_clock.h"
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
+#include "unit/processes.h"
 
 namespace ORBO {
 namespace {
@@ -238,15 +237,11 @@ TEST_F(EncryptedParameters, FilesThatCannotBeKeysAreLeftOut) {
 
 TEST_F(EncryptedParameters, OneKeyIsMadeHoweverManyComeFirst) {
   fs::remove(KeyPath(kId));
-  for (int i = 0; i < 8; ++i) {
-    if (fork() == 0) {
-      ParameterKey key;
-      _exit(CurrentParameterKey(key) && fs::exists(KeyPath(key.id)) ? 0 : 1);
-    }
-  }
-  for (int status = 0; wait(&status) > 0;) {
-    EXPECT_EQ(0, status);
-  }
+  const int made = SumOfProcesses(8, [](int /*number*/) {
+    ParameterKey key;
+    return CurrentParameterKey(key) && fs::exists(KeyPath(key.id)) ? 1 : 0;
+  });
+  EXPECT_EQ(8, made);
   EXPECT_EQ(1U, ParameterKeys(WallClock()).size());
 }
 

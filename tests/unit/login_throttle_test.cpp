@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -14,6 +12,7 @@
 
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
+#include "unit/processes.h"
 #include "util/paths.h"
 
 namespace ORBO {
@@ -124,22 +123,14 @@ TEST_F(LoginThrottle, AnAttemptThatIsNeverReportedFailed) {
 }
 
 TEST_F(LoginThrottle, ProcessesThatAskAtOnceShareTheAttempts) {
-  constexpr int kChildren = 8;
-  constexpr int kAsked = 100;  // by each
   root_.Configure("login_attempts = 1000\nlogin_address_attempts = 100000\n");
-  for (int i = 0; i < kChildren; ++i) {
-    if (fork() == 0) {
-      int admitted = 0;
-      for (int asked = 0; asked < kAsked; ++asked) {
-        admitted += Wait("ann") == 0 ? 1 : 0;
-      }
-      _exit(admitted);
+  const int admitted = SumOfProcesses(8, [](int /*number*/) {
+    int count = 0;
+    for (int asked = 0; asked < 100; ++asked) {
+      count += Wait("ann") == 0 ? 1 : 0;
     }
-  }
-  int admitted = 0;
-  for (int status = 0; wait(&status) > 0;) {
-    admitted += WIFEXITED(status) ? WEXITSTATUS(status) : 1000;
-  }
+    return count;
+  });
   EXPECT_EQ(501, admitted) << "the free half and the one that is followed by a wait";
 }
 

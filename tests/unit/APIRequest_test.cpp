@@ -97,12 +97,7 @@ TEST(APIRequest, TellsItsKindByItsEnvironment) {
 }
 
 TEST(APIRequest, DerivesTheURL) {
-  const struct {
-    const char* environment;
-    const char* protocol;
-    const char* host;
-    int port;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, int> rows[] = {
       {R"({"HTTPS":"on","SCRIPT_URI":"http://h/","HTTP_HOST":"[::1]"})", "https", "[::1]", 443},
       {R"({"HTTPS":"off","HTTP_X_FORWARDED_PROTO":"HTTPS","HTTP_HOST":"h"})", "https", "h", 443},
       {R"({"SCRIPT_URI":"http://h/","HTTP_HOST":"a:b:7"})", "http", "a:b", 7},
@@ -112,14 +107,14 @@ TEST(APIRequest, DerivesTheURL) {
       {R"({"HTTPS":"ON","HTTP_HOST":"[fe80::1"})", "https", "none", -1},
       {R"({"SCRIPT_NAME":"/webapi/entry.cgi"})", "", "none", -1},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.environment);
+  for (const auto& [environment, protocol, host, port] : rows) {
+    SCOPED_TRACE(environment);
     APIRequest request{Json::Value()};
-    request.InitEnv(FromText(row.environment));
+    request.InitEnv(FromText(environment));
     // The port first: it depends on the protocol, which nobody has asked for yet.
-    EXPECT_EQ(row.port, request.GetURLPort(-1));
-    EXPECT_EQ(row.protocol, request.GetURLProto("none"));
-    EXPECT_EQ(row.host, request.GetURLHost("none"));
+    EXPECT_EQ(port, request.GetURLPort(-1));
+    EXPECT_EQ(protocol, request.GetURLProto("none"));
+    EXPECT_EQ(host, request.GetURLHost("none"));
     EXPECT_EQ("/x/ y", request.GetURLPath("/x/") + " " + request.GetURLName("y"));
   }
 }

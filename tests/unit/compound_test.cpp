@@ -80,12 +80,7 @@ class Compound : public testing::Test {
 
 TEST_F(Compound, EveryElementIsAnsweredInOrder) {
   const std::string who = Call("who");
-  const struct {
-    const char* name;
-    std::string compound;
-    const char* more;
-    const char* codes;
-  } rows[] = {
+  const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
       {"a failure in the middle", "[" + who + "," + Call("no") + "," + who + "]", "{}",
        "0 103 0 failed"},
       {"stop", "[" + who + "," + Call("no") + "," + who + ",5]", R"({"stop_when_error":true})",
@@ -106,11 +101,11 @@ TEST_F(Compound, EveryElementIsAnsweredInOrder) {
        "[" + who + R"(,{"api":"ORBO.Entry.Request","version":1,"method":"other"}])", "{}",
        "0 117 failed"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const Json::Value body = Run(row.compound, row.more);
+  for (const auto& [name, compound, more, codes] : rows) {
+    SCOPED_TRACE(name);
+    const Json::Value body = Run(compound, more);
     EXPECT_TRUE(body["success"].asBool());
-    EXPECT_EQ(row.codes, Codes(body));
+    EXPECT_EQ(codes, Codes(body));
   }
   directory_.Write("lib.def", R"({"methods":{"allowUpload":true}})");
   EXPECT_EQ("101 113 failed", Codes(Run(R"([{"api":"ORBO.Test.Caller"},)" + who + "]")));

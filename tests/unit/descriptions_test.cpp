@@ -150,12 +150,7 @@ TEST_F(Descriptions, MethodAttributesFollowTheListing) {
 }
 
 TEST_F(Descriptions, RequestsAreCheckedInOrder) {
-  const struct {
-    const char* api;
-    const char* version;
-    const char* method;
-    int error;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, int> rows[] = {
       {"", "1", "get", 101},           {"ORBO.A", "0", "get", 101},
       {"ORBO.A", "1", "", 101},        {"ORBO.A.Missing", "1", "get", 102},
       {"ORBO.A.B.C", "1", "m", 102},  // the longest name of an existing file counts
@@ -166,16 +161,16 @@ TEST_F(Descriptions, RequestsAreCheckedInOrder) {
       {"ORBO.A", "1", "5", 103},       {"ORBO.A.High", "1", "get", 104},
       {"ORBO.A.High", "2", "get", 0},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.api) + " " + row.version + " " + row.method);
+  for (const auto& [api, version, method, error] : rows) {
+    SCOPED_TRACE(std::string(api) + " " + version + " " + method);
     Json::Value description(Json::objectValue);
-    description["getParam"]["api"] = row.api;
-    description["getParam"]["version"] = row.version;
-    description["getParam"]["method"] = row.method;
+    description["getParam"]["api"] = api;
+    description["getParam"]["version"] = version;
+    description["getParam"]["method"] = method;
     APIRequest request(description);
     APIResponse response(&request);
-    EXPECT_EQ(row.error == 0, APIRunner().CheckRequestParam(&request, &response));
-    EXPECT_EQ(row.error, response.GetError());
+    EXPECT_EQ(error == 0, APIRunner().CheckRequestParam(&request, &response));
+    EXPECT_EQ(error, response.GetError());
   }
 }
 

@@ -207,24 +207,20 @@ TEST_F(EncryptedParameters, TheNewestKeyIsTheCurrentOneWhateverTheClockSays) {
 }
 
 TEST_F(EncryptedParameters, FilesThatCannotBeKeysAreLeftOut) {
-  const struct {
-    std::string text;
-    unsigned mode;
-    bool is_key;
-  } rows[] = {
+  const std::tuple<std::string, unsigned, bool> rows[] = {
       {"created=-1\n", 0600, false},
       {"created=1s\n", 0600, false},
       {"created=1\n" + std::string(4096, '\n'), 0600, false},
       {"created=1\n", 0620, false},
       {"created=1\n", 0600, true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text.substr(0, 12) + std::to_string(row.mode));
+  for (const auto& [text, mode, is_key] : rows) {
+    SCOPED_TRACE(text.substr(0, 12) + std::to_string(mode));
     LogCapture log;
-    std::ofstream(KeyPath(kId)) << row.text;
-    fs::permissions(KeyPath(kId), fs::perms(row.mode));
-    EXPECT_EQ(row.is_key, !ParameterKeys(kSent).empty());
-    EXPECT_EQ(row.is_key, !log.Has(kId));
+    std::ofstream(KeyPath(kId)) << text;
+    fs::permissions(KeyPath(kId), fs::perms(mode));
+    EXPECT_EQ(is_key, !ParameterKeys(kSent).empty());
+    EXPECT_EQ(is_key, !log.Has(kId));
   }
   LogCapture log;
   fs::rename(KeyPath(kId), KeyPath("../elsewhere"));

@@ -151,13 +151,7 @@ TEST_F(PasswordCheck, ServiceDecides) {
   const std::string ask =
       "auth required pam_exec.so quiet expose_authtok " + RootedPath("/bin/check") + "\n";
   const std::string open = ask + "account required pam_permit.so\n";
-  const struct {
-    const char* name;
-    std::string service;
-    const char* user;
-    const char* password;
-    PasswordResult result;
-  } rows[] = {
+  const std::tuple<const char*, std::string, const char*, const char*, PasswordResult> rows[] = {
       {"right", open, "ann", "right", PasswordResult::kAccepted},
       {"wrong", open, "ann", "wrong", PasswordResult::kRefused},
       {"another user", open, "bob", "right", PasswordResult::kRefused},
@@ -165,10 +159,10 @@ TEST_F(PasswordCheck, ServiceDecides) {
        PasswordResult::kRefused},
       {"missing module", "auth required absent.so\n", "ann", "right", PasswordResult::kUnavailable},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    Write("/etc/pam.d/webapi", row.service, 0644);
-    EXPECT_EQ(row.result, Check(row.user, row.password));
+  for (const auto& [name, service, user, password, result] : rows) {
+    SCOPED_TRACE(name);
+    Write("/etc/pam.d/webapi", service, 0644);
+    EXPECT_EQ(result, Check(user, password));
   }
   Write("/etc/orbo/platform.conf", "auth=pma\n", 0644);
   EXPECT_EQ(PasswordResult::kUnavailable, Check("ann", "right"));

@@ -131,13 +131,7 @@ TEST_F(PermissionPlatform, PagesOfOtherSitesAreTold) {
 
 TEST_F(PermissionPlatform, OnlyTrustedProxiesAreBelievedAboutTheClient) {
   const std::string list = "trusted_proxies = 10.0.0.1, 10.1.0.0/16 fd00::/8,bad/8,";
-  const struct {
-    const char* name;
-    std::string conf;
-    const char* peer;
-    const char* header;
-    const char* client;
-  } rows[] = {
+  const std::tuple<const char*, std::string, const char*, const char*, const char*> rows[] = {
       {"nobody is trusted", "", "10.0.0.1", "192.0.2.7", "10.0.0.1"},
       {"not this one", list, "10.0.0.2", "192.0.2.7", "10.0.0.2"},
       {"a proxy", list, "10.0.0.1", "192.0.2.7", "192.0.2.7"},
@@ -152,12 +146,11 @@ TEST_F(PermissionPlatform, OnlyTrustedProxiesAreBelievedAboutTheClient) {
       {"empty", list, "10.0.0.1", "", "10.0.0.1"},
       {"no peer", list, "", "192.0.2.7", ""},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    root_.Configure(row.conf);
-    const Environment request(
-        Variables{{"REMOTE_ADDR", row.peer}, {"HTTP_X_FORWARDED_FOR", row.header}});
-    EXPECT_EQ(row.client, RemoteIP());
+  for (const auto& [name, conf, peer, header, client] : rows) {
+    SCOPED_TRACE(name);
+    root_.Configure(conf);
+    const Environment request(Variables{{"REMOTE_ADDR", peer}, {"HTTP_X_FORWARDED_FOR", header}});
+    EXPECT_EQ(client, RemoteIP());
   }
   EXPECT_TRUE(log_.Has("bad/8"));
 }
@@ -219,12 +212,7 @@ TEST_F(PermissionPlatform, AnswersOfTheNameServiceAreKeptForHalfAMinute) {
 
 TEST_F(PermissionPlatform, AdministratorsAreNamedOrOfTheGroup) {
   // Of any system: a user with an account, and the name of its group.
-  const struct {
-    const char* name;
-    std::string conf;
-    const char* user;
-    int result;
-  } rows[] = {
+  const std::tuple<const char*, std::string, const char*, int> rows[] = {
       {"user 0", "", "root", 1},
       {"an account", "", "nobody", 0},
       {"no account", "", "no such user", 0},
@@ -234,10 +222,10 @@ TEST_F(PermissionPlatform, AdministratorsAreNamedOrOfTheGroup) {
       {"of the group", "administrators_group = nogroup", "nobody", 1},
       {"of another group", "administrators_group = daemon", "nobody", 0},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    root_.Configure(row.conf);
-    EXPECT_EQ(row.result, QLIBGroupIsAdminGroupMem(row.user, 0));
+  for (const auto& [name, conf, user, result] : rows) {
+    SCOPED_TRACE(name);
+    root_.Configure(conf);
+    EXPECT_EQ(result, QLIBGroupIsAdminGroupMem(user, 0));
   }
   EXPECT_LT(QLIBGroupIsAdminGroupMem(nullptr, 0), 0);
 }
@@ -253,11 +241,7 @@ TEST_F(PermissionPlatform, APrivilegeIsHeldByWhomItsFileNames) {
         "everyone 127.0.0.1");
   Write("/etc/orbo/secret", "everyone\n");
   Write("/etc/orbo/privileges/.hidden", "everyone\n");
-  const struct {
-    const char* user;
-    const char* address;
-    bool held;
-  } rows[] = {
+  const std::tuple<const char*, const char*, bool> rows[] = {
       {"alice", "203.0.113.1", true}, {"alice", "", true},
       {"bob", "10.9.9.9", true},      {"bob", "::1", true},
       {"bob", "11.9.9.9", false},     {"bob", "", false},
@@ -266,9 +250,9 @@ TEST_F(PermissionPlatform, APrivilegeIsHeldByWhomItsFileNames) {
       {"nobody", "192.0.2.2", false}, {"stranger", "127.0.0.1", true},
       {"", "127.0.0.1", false},       {nullptr, "127.0.0.1", false},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.held, QLIBAppPrivUserHas(row.user, "A.b", row.address) != 0)
-        << testing::PrintToString(row.user) << testing::PrintToString(row.address);
+  for (const auto& [user, address, held] : rows) {
+    EXPECT_EQ(held, QLIBAppPrivUserHas(user, "A.b", address) != 0)
+        << testing::PrintToString(user) << testing::PrintToString(address);
   }
   for (const char* privilege : {"A.c", "../secret", ".hidden", "..", ""}) {
     EXPECT_EQ(0, QLIBAppPrivUserHas("alice", privilege, "127.0.0.1")) << privilege;

@@ -106,28 +106,21 @@ TEST_F(SessionStore, WhatCannotBeReadBackIsNotStored) {
 
 TEST_F(SessionStore, TimesOutAfterMinutesWithoutActivity) {
   constexpr int kYear = 365 * 86400;
-  const struct {
-    const char* name;
-    int timeout;
-    const char* conf;
-    std::int64_t idle;
-    SessionState state;
-    int holds;
-  } rows[] = {
+  const std::tuple<const char*, int, const char*, std::int64_t, SessionState, int> rows[] = {
       {"never", 0, "session_timeout=1", 10 * std::int64_t{kYear}, SessionState::kValid, 0},
       {"past the default", -1, "", 910, SessionState::kTimedOut, 15},
       {"no number", -1, "session_timeout=-1", 910, SessionState::kTimedOut, 15},
       {"the largest", 2147483647, "", kYear, SessionState::kValid, 2147483647},
       {"clock set back", 15, "", -kYear, SessionState::kValid, 15},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, timeout, conf, idle, state, holds] : rows) {
+    SCOPED_TRACE(name);
     LogCapture log;
-    root_.Configure(row.conf);
-    const std::string id = Make(row.timeout);
-    Age(id, row.idle);
-    EXPECT_EQ(row.state, ReadSession(id, session_));
-    EXPECT_EQ(row.holds, session_.timeout);
+    root_.Configure(conf);
+    const std::string id = Make(timeout);
+    Age(id, idle);
+    EXPECT_EQ(state, ReadSession(id, session_));
+    EXPECT_EQ(holds, session_.timeout);
     EXPECT_LE(session_.last_active, std::time(nullptr));
     // A time in the future is set back, or the session would outlive the clock.
     struct stat status = {};
@@ -178,13 +171,11 @@ TEST_F(SessionStore, ANewSessionSweepsWhatIsLongGone) {
   Age(endless, 40 * 86400);
   Age(".new-old", 4000);
   Make(15);
-  const struct {
-    std::string name;
-    bool stays;
-  } rows[] = {{valid, true},   {timed_out, true},   {forgotten, false},
-              {endless, true}, {".new-old", false}, {".new-now", true}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.stays, fs::exists(Path(row.name))) << row.name;
+  const std::pair<std::string, bool> rows[] = {{valid, true},       {timed_out, true},
+                                               {forgotten, false},  {endless, true},
+                                               {".new-old", false}, {".new-now", true}};
+  for (const auto& [name, stays] : rows) {
+    EXPECT_EQ(stays, fs::exists(Path(name))) << name;
   }
 }
 

@@ -62,17 +62,13 @@ class TokenStore : public testing::Test {
 
 TEST_F(TokenStore, ATokenOpensItsApisAndMethodsOnly) {
   const std::string text = Make();
-  const struct {
-    const char* api;
-    const char* method;
-    bool granted;
-  } rows[] = {
+  const std::tuple<const char*, const char*, bool> rows[] = {
       {"A.B", "list", true}, {"C", "anything", true}, {"A.B", "", false},  {"A.B", "*", false},
       {"a.b", "get", false}, {"A", "get", false},     {"*", "get", false},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.api) + " " + row.method);
-    EXPECT_EQ(row.granted ? "alice" : "", Grant(text, row.api, row.method));
+  for (const auto& [api, method, granted] : rows) {
+    SCOPED_TRACE(std::string(api) + " " + method);
+    EXPECT_EQ(granted ? "alice" : "", Grant(text, api, method));
   }
   char user[5];
   EXPECT_LT(OrboAccessTokenGrant(text.c_str(), "A.B", "get", user, sizeof user), 0);

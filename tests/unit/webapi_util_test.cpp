@@ -40,22 +40,18 @@ TEST(ParamLine, ValuesAreJsonWhereTheyAreExactlyThat) {
 }
 
 TEST(ParamLine, RefusedLinesChangeNothing) {
-  const struct {
-    const char* name;
-    std::string line;
-    bool expected;
-  } rows[] = {
+  const std::tuple<const char*, std::string, bool> rows[] = {
       {"most pairs", Repeat("a&", 4095) + "&&b=2", true},
       {"too many pairs", Repeat("a=1&", 4096) + "b=2", false},
       {"too many values", "a=[" + Repeat("0,", 1 << 18) + "0]", false},
       {"too many values in all", Repeat("c=[" + Repeat("[],", 4096) + "0]&", 64) + "b=2", false},
       {"commas in a text", "a=&b=2&b=[\"\\\"" + Repeat(",", 1 << 18) + "\"]&b=2", true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, line, expected] : rows) {
+    SCOPED_TRACE(name);
     Json::Value target = FromText(R"({"x":1})");
-    EXPECT_EQ(row.expected, strPairToJsonObj(row.line, target, true, true));
-    EXPECT_EQ(row.expected ? R"({"a":"","b":2,"x":1})" : R"({"x":1})", JSON::ToText(target));
+    EXPECT_EQ(expected, strPairToJsonObj(line, target, true, true));
+    EXPECT_EQ(expected ? R"({"a":"","b":2,"x":1})" : R"({"x":1})", JSON::ToText(target));
   }
   Json::Value no_object = FromText("[1]");
   EXPECT_FALSE(strPairToJsonObj("a=1", no_object, true, true));

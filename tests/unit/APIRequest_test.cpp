@@ -75,24 +75,20 @@ TEST(APIRequest, AllowedUserMaskIsKeptInTheSession) {
 }
 
 TEST(APIRequest, TellsItsKindByItsEnvironment) {
-  const struct {
-    const char* environment;
-    int method;
-    bool upload, task;
-  } rows[] = {
+  const std::tuple<const char*, int, bool, bool> rows[] = {
       {R"({"REQUEST_METHOD":"GET","CONTENT_TYPE":"x; multipart/form-data;"})", 1, true, false},
       {R"({"REQUEST_METHOD":"HEAD","CONTENT_TYPE":"Multipart/Form-Data"})", 3, false, false},
       {R"({"HTTP_X_TYPE_NAME":"SliceUpload","task_id":"1"})", 2, true, false},
       {R"({"HTTP_X_TYPE_NAME":"other","task_user":"alice"})", 2, false, false},
       {R"({"REQUEST_METHOD":"get","task_user":"alice","task_id":"1"})", 2, false, true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.environment);
+  for (const auto& [environment, method, is_upload, is_task] : rows) {
+    SCOPED_TRACE(environment);
     APIRequest request(FromText(R"({"environ":{"REQUEST_METHOD":"POST"}})"));
-    request.InitEnv(FromText(row.environment));
-    EXPECT_EQ(row.method, request.GetRequestMethod());
-    EXPECT_EQ(row.upload, request.IsUploadRequest());
-    EXPECT_EQ(row.task, request.IsPollingTask());
+    request.InitEnv(FromText(environment));
+    EXPECT_EQ(method, request.GetRequestMethod());
+    EXPECT_EQ(is_upload, request.IsUploadRequest());
+    EXPECT_EQ(is_task, request.IsPollingTask());
   }
 }
 

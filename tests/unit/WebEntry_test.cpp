@@ -7,7 +7,6 @@
 
 #include "entry/auth_level.h"
 #include "entry/http_header.h"
-#include "entry/permission_codes.h"
 #include "entry/session_cookie.h"
 #include "unit/WebAPIDirectory.h"
 #include "unit/json.h"
@@ -42,13 +41,6 @@ TEST(AuthLevel, OnlyZeroAndTwoOpen) {
   for (const char* value : {"1", "3", "-1", "null", "\"0\"", "false", "0.0", "[]", "4294967296",
                             "18446744073709551615"}) {
     EXPECT_EQ(AuthLevel::kRequired, ToAuthLevel(FromText(value))) << value;
-  }
-}
-
-TEST(PermissionCodes, OnlyOneAndTwoPass) {
-  const int errors[] = {105, 119, 105, 105, 105, 106, 105, 0, 0, 105};
-  for (int result = -6; result <= 3; ++result) {
-    EXPECT_EQ(errors[result + 6], PermissionError(result)) << result;
   }
 }
 

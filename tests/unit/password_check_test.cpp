@@ -8,12 +8,12 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
 #include "util/paths.h"
+#include "util/read_file.h"
 
 namespace ORBO {
 namespace {
@@ -24,11 +24,6 @@ constexpr char kAddress[] = "192.0.2.1";
 constexpr char kPassword[] = "correct horse";
 
 std::string PasswordFile() { return RootedPath("/etc/orbo/passwords"); }
-
-std::string ReadText(const std::string& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 PasswordResult Check(const std::string& user, const std::string& password) {
   return CheckPassword(user, password, kAddress);
@@ -82,7 +77,8 @@ TEST_F(PasswordCheck, FileAcceptsTheRightPasswordAlone) {
 TEST_F(PasswordCheck, FileIsReplacedWholeAndPrivate) {
   Write("/etc/orbo/passwords", "# people\nann:*:x\nbob:!\nann:$y$old", 0640);
   ASSERT_TRUE(SetFilePassword("ann", kPassword));
-  const std::string text = ReadText(PasswordFile());
+  std::string text;
+  EXPECT_TRUE(ReadWholeFile(PasswordFile(), text));
   EXPECT_EQ(0U, text.find("# people\nbob:!\nann:$y$j9T$")) << text;
   EXPECT_EQ(std::string::npos, text.find(kPassword));
   struct stat status {};
@@ -90,7 +86,8 @@ TEST_F(PasswordCheck, FileIsReplacedWholeAndPrivate) {
   EXPECT_EQ(0640U, status.st_mode & 07777U);
 
   ASSERT_TRUE(SetFilePassword("ann", ""));
-  EXPECT_EQ("# people\nbob:!\n", ReadText(PasswordFile()));
+  EXPECT_TRUE(ReadWholeFile(PasswordFile(), text));
+  EXPECT_EQ("# people\nbob:!\n", text);
   EXPECT_FALSE(SetFilePassword("ann", ""));
   EXPECT_EQ(ENOENT, errno);
   EXPECT_FALSE(SetFilePassword("a:b", kPassword));

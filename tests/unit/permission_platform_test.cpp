@@ -156,11 +156,7 @@ TEST_F(PermissionPlatform, OnlyTrustedProxiesAreBelievedAboutTheClient) {
 }
 
 TEST(Address, RangesHoldTheirAddresses) {
-  const struct {
-    const char* range;
-    const char* address;
-    bool holds;
-  } rows[] = {
+  const std::tuple<const char*, const char*, bool> rows[] = {
       {"10.0.0.0/8", "10.255.0.1", true},       {"10.0.0.0/8", "11.0.0.1", false},
       {"10.0.0.0/8", "::ffff:10.1.1.1", true},  {"192.0.2.128/25", "192.0.2.129", true},
       {"192.0.2.128/25", "192.0.2.127", false}, {"192.0.2.1", "192.0.2.1", true},
@@ -169,14 +165,13 @@ TEST(Address, RangesHoldTheirAddresses) {
       {"10.0.0.0/33", "10.0.0.0", false},       {"10.0.0.0/-1", "10.0.0.0", false},
       {"10.0.0.0/8x", "10.0.0.0", false},       {"10/8", "10.0.0.0", false},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.range) + " " + row.address);
-    AddressRange range;
-    Address address;
-    ASSERT_TRUE(ParseAddress(row.address, address));
-    EXPECT_EQ(row.holds, ParseAddressRange(row.range, range) && Contains(range, address));
-  }
+  AddressRange range;
   Address address;
+  for (const auto& [range_text, address_text, holds] : rows) {
+    SCOPED_TRACE(std::string(range_text) + " " + address_text);
+    ASSERT_TRUE(ParseAddress(address_text, address));
+    EXPECT_EQ(holds, ParseAddressRange(range_text, range) && Contains(range, address));
+  }
   EXPECT_FALSE(ParseAddress(std::string("10.0.0.1\0x", 10), address));
   EXPECT_FALSE(ParseAddress("10.0.0.1%eth0", address));
 }

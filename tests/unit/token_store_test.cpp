@@ -8,7 +8,6 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "platform/access_token.h"
 #include "platform/linux/base64url.h"
@@ -16,6 +15,7 @@
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
 #include "unit/processes.h"
+#include "util/read_file.h"
 
 namespace ORBO {
 namespace {
@@ -52,9 +52,9 @@ class TokenStore : public testing::Test {
   }
 
   static std::string Read(const std::string& path) {
-    std::stringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
+    std::string text;
+    EXPECT_TRUE(ReadWholeFile(path, text));
+    return text;
   }
 
   WebAPIDirectory root_;

@@ -79,16 +79,11 @@ TEST(APIDownload, WorksWithItsOwnResponseAndWithNone) {
   APIDownload own;
   own.SetMimeTypeFromFileName("x.css");
   EXPECT_EQ(0U, Answer(own, "a.txt").find("Content-type: text/css\r\n"));
-  EXPECT_FALSE(own.SetHeader("", "x"));
   APIDownload none(nullptr);
   EXPECT_FALSE(none.SetHeader("X", "x"));
   EXPECT_FALSE(none.SetHeader(FromText(R"({"X":"x"})")));
   EXPECT_TRUE(none.SetHeader(FromText(R"({"X":1})")));
   EXPECT_EQ(0U, Answer(none, "a.txt").find("Content-Type: text/plain\r\n"));
-  setenv("MOD_X_SENDFILE_ENABLED", "YES", 1);
-  EXPECT_TRUE(none.GetXSendFileEnabled());
-  none.SetXSendFileDisabled();
-  EXPECT_FALSE(none.GetXSendFileEnabled());
 }
 
 TEST(APIDownload, NamesAttachmentsInEveryScript) {

@@ -1,36 +1,8 @@
 #include <gtest/gtest.h>
 #include <webapi/APIRequest.h>
 
-#include <cstdio>
-#include <cstring>
-
-#include "platform/cipher.h"
 #include "request/APIRequestPrivate.h"
-#include "request/encrypted_params.h"
 #include "unit/json.h"
-
-// These stand for the platform's ciphers: "sealed:" or a key and ":" before a
-// text seal it.
-
-int OrboCgiDecryptParam(char* text) {
-  if (std::strncmp(text, "sealed:", 7) != 0) {
-    return 0;
-  }
-  std::memmove(text, text + 7, std::strlen(text) - 6);
-  return 1;
-}
-
-int ORBOKptokenGenerateToken(const char* token, char* key_buffer, int size) {
-  return std::snprintf(key_buffer, static_cast<std::size_t>(size), "%s", token) < size ? 0 : -1;
-}
-
-bool ORBO::CredRequestUtil::GetDecryptAESString(const std::string& key,
-                                                const std::string& cipher_text,
-                                                std::string& plain_text) {
-  const bool sealed = cipher_text.rfind(key + ":", 0) == 0;
-  plain_text = sealed ? cipher_text.substr(key.size() + 1) : "";
-  return sealed;
-}
 
 namespace ORBO {
 namespace {
@@ -57,13 +29,13 @@ TEST(APIBase, MergesAndClearsKnownSectionsOnly) {
 TEST(APIRequest, IsBuiltFromItsDescription) {
   APIRequest request(FromText(R"({
     "environ": {"A": "1", "B": 2, "HTTP_COOKIE": "id=abc%20d; flag; lang=e+n=1"},
-    "getParam": {"a": "1", "api": "X", "version": "3", "__cIpHeRtExT": "sealed:b=4"},
-    "postParam": {"a": "2", "method": "m", "__nEkOtReHpIc": "k", "__tXeTrEhPiC": "k:c=5"},
+    "getParam": {"a": "1", "api": "X", "version": "3"},
+    "postParam": {"a": "2", "method": "m"},
     "reqLib": {"lib": "x.so"}})"));
   EXPECT_TRUE(request.HasEnv("A") && !request.HasEnv("B"));
   EXPECT_EQ("abc d,e+n=1,none", request.GetSessionID() + "," + request.GetCookie("lang", "") + "," +
                                     request.GetCookie("flag", "none"));
-  EXPECT_EQ(FromText(R"({"a":"2","b":4,"c":5,"api":"X","version":"3","method":"m"})"),
+  EXPECT_EQ(FromText(R"({"a":"2","api":"X","version":"3","method":"m"})"),
             request.GetParam("", Json::Value()));
   EXPECT_EQ("X 3 m", request.GetAPIClass() + " " + std::to_string(request.GetAPIVersion()) + " " +
                          request.GetAPIMethod());
@@ -103,34 +75,25 @@ TEST(APIRequest, AllowedUserMaskIsKeptInTheSession) {
 }
 
 TEST(APIRequest, TellsItsKindByItsEnvironment) {
-  const struct {
-    const char* environment;
-    int method;
-    bool upload, task;
-  } rows[] = {
+  const std::tuple<const char*, int, bool, bool> rows[] = {
       {R"({"REQUEST_METHOD":"GET","CONTENT_TYPE":"x; multipart/form-data;"})", 1, true, false},
       {R"({"REQUEST_METHOD":"HEAD","CONTENT_TYPE":"Multipart/Form-Data"})", 3, false, false},
       {R"({"HTTP_X_TYPE_NAME":"SliceUpload","task_id":"1"})", 2, true, false},
       {R"({"HTTP_X_TYPE_NAME":"other","task_user":"alice"})", 2, false, false},
       {R"({"REQUEST_METHOD":"get","task_user":"alice","task_id":"1"})", 2, false, true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.environment);
+  for (const auto& [environment, method, is_upload, is_task] : rows) {
+    SCOPED_TRACE(environment);
     APIRequest request(FromText(R"({"environ":{"REQUEST_METHOD":"POST"}})"));
-    request.InitEnv(FromText(row.environment));
-    EXPECT_EQ(row.method, request.GetRequestMethod());
-    EXPECT_EQ(row.upload, request.IsUploadRequest());
-    EXPECT_EQ(row.task, request.IsPollingTask());
+    request.InitEnv(FromText(environment));
+    EXPECT_EQ(method, request.GetRequestMethod());
+    EXPECT_EQ(is_upload, request.IsUploadRequest());
+    EXPECT_EQ(is_task, request.IsPollingTask());
   }
 }
 
 TEST(APIRequest, DerivesTheURL) {
-  const struct {
-    const char* environment;
-    const char* protocol;
-    const char* host;
-    int port;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, int> rows[] = {
       {R"({"HTTPS":"on","SCRIPT_URI":"http://h/","HTTP_HOST":"[::1]"})", "https", "[::1]", 443},
       {R"({"HTTPS":"off","HTTP_X_FORWARDED_PROTO":"HTTPS","HTTP_HOST":"h"})", "https", "h", 443},
       {R"({"SCRIPT_URI":"http://h/","HTTP_HOST":"a:b:7"})", "http", "a:b", 7},
@@ -140,41 +103,15 @@ TEST(APIRequest, DerivesTheURL) {
       {R"({"HTTPS":"ON","HTTP_HOST":"[fe80::1"})", "https", "none", -1},
       {R"({"SCRIPT_NAME":"/webapi/entry.cgi"})", "", "none", -1},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.environment);
+  for (const auto& [environment, protocol, host, port] : rows) {
+    SCOPED_TRACE(environment);
     APIRequest request{Json::Value()};
-    request.InitEnv(FromText(row.environment));
+    request.InitEnv(FromText(environment));
     // The port first: it depends on the protocol, which nobody has asked for yet.
-    EXPECT_EQ(row.port, request.GetURLPort(-1));
-    EXPECT_EQ(row.protocol, request.GetURLProto("none"));
-    EXPECT_EQ(row.host, request.GetURLHost("none"));
+    EXPECT_EQ(port, request.GetURLPort(-1));
+    EXPECT_EQ(protocol, request.GetURLProto("none"));
+    EXPECT_EQ(host, request.GetURLHost("none"));
     EXPECT_EQ("/x/ y", request.GetURLPath("/x/") + " " + request.GetURLName("y"));
-  }
-}
-
-TEST(EncryptedParams, ReservedMembersGoAndFailureShows) {
-  const struct {
-    const char* before;
-    bool result;
-    const char* after;
-  } rows[] = {
-      {R"({"__nEkOtReHpIc":"","__tXeTrEhPiC":":a=2","a":1})", false, R"({"a":1})"},
-      {R"({"__nEkOtReHpIc":"k","a":1})", true, R"({"__nEkOtReHpIc":"k","a":1})"},
-      {R"({"__tXeTrEhPiC":":a=2"})", true, R"({"__tXeTrEhPiC":":a=2"})"},
-      {R"({"__nEkOtReHpIc":"k\u0000","__tXeTrEhPiC":"k:a=2"})", false, "{}"},
-      {R"({"__cIpHeRtExT":"sealed:a=2\u0000"})", false, "{}"},
-      {R"({"webapi":{"__cIpHeRtExT":"no","b":2},"a":1})", false, R"({"webapi":{"b":2},"a":1})"},
-      {R"({"__cIpHeRtExT":"sealed:a=2&b=x","a":"1"})", true, R"({"a":2,"b":"x"})"},
-      {R"({"__nEkOtReHpIc":"k","__tXeTrEhPiC":"other:a=2","a":1})", false, R"({"a":1})"},
-      {R"({"__nEkOtReHpIc":"a key that is longer than the buffer for it","__tXeTrEhPiC":"x"})",
-       false, "{}"},
-      {R"({"__cIpHeRtExT":"sealed:__nEkOtReHpIc=k&__tXeTrEhPiC=k:a=2"})", true, R"({"a":2})"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.before);
-    Json::Value params = FromText(row.before);
-    EXPECT_EQ(row.result, DecryptParam(params));
-    EXPECT_EQ(FromText(row.after), params);
   }
 }
 

@@ -58,14 +58,13 @@ TEST(CGIEnvironment, CompletesTheURL) {
 
 TEST(CGIEnvironment, ClientAddressHasOneForm) {
   char buffer[65] = "";
-  for (const auto& [address, expected] :
-       {std::pair("192.0.2.1", "192.0.2.1"), std::pair("::ffff:192.0.2.1", "192.0.2.1"),
-        std::pair("2001:DB8:0:0::1", "2001:db8::1"), std::pair("fe80::1%eth0", "fe80::1")}) {
-    setenv("REMOTE_ADDR", address, 1);
-    EXPECT_NE(0, OrboCgiGetRemoteIP(buffer, sizeof buffer));
-    EXPECT_STREQ(expected, buffer);
-  }
+  setenv("REMOTE_ADDR", "2001:DB8:0:0::1", 1);
+  EXPECT_NE(0, OrboCgiGetRemoteIP(buffer, sizeof buffer));
+  EXPECT_STREQ("2001:db8::1", buffer);
+  setenv("REMOTE_ADDR", "fe80::1%eth0", 1);
   EXPECT_EQ(0, OrboCgiGetRemoteIP(buffer, 7));
+  EXPECT_NE(0, OrboCgiGetRemoteIP(buffer, 8));
+  EXPECT_STREQ("fe80::1", buffer);
   const Json::Value known = FromText(R"({"environ":{"orbo_remoteIP":"10.0.0.9"}})");
   EXPECT_EQ("10.0.0.9", APIRequest(known).GetRemoteIP());
   for (const char* address : {"1.2.3", "0x7f.0.0.1", "192.0.2.1\n", "192.0.2.1 ", "host", ""}) {
@@ -78,19 +77,14 @@ TEST(CGIEnvironment, ClientAddressHasOneForm) {
 TEST(CGIEnvironment, BodyLimitComesFromTheSettings) {
   const WebAPIDirectory directory;
   EXPECT_EQ(16777216U, OrboCgiMaxBodySize());
-  const std::pair<const char*, unsigned long long> taken[] = {
-      {"#max_body_size=1\n\t max_body_size \t=\t2000 \nother=3\n", 2000},
-      {"max_body_size=1\nmax_body_size=2\n", 2}};
-  for (const auto& [settings, expected] : taken) {
-    directory.Configure(settings);
-    EXPECT_EQ(expected, OrboCgiMaxBodySize());
-  }
+  directory.Configure("#max_body_size=1\nmax_body_size=2\n\t max_body_size \t=\t2000 \nother=3\n");
+  EXPECT_EQ(2000U, OrboCgiMaxBodySize());
+  const LogCapture log;
   for (const char* refused : {"16M", "-1", "99999999999999999999"}) {
     directory.Configure(std::string("max_body_size=") + refused);
-    const LogCapture log;
     EXPECT_EQ(16777216U, OrboCgiMaxBodySize()) << refused;
-    EXPECT_EQ(1U, log.lines().size());
   }
+  EXPECT_EQ(3U, log.lines().size());
 }
 
 }  // namespace

@@ -55,26 +55,22 @@ class Hat : public testing::Test {
 };
 
 TEST_F(Hat, TheFirstHatThatExistsIsTaken) {
-  const struct {
-    std::set<std::string> hats;
-    Names changes;
-    const char* listed;
-  } rows[] = {
+  const std::tuple<std::set<std::string>, Names, const char*> rows[] = {
       {{"A.B.m", "A.B"}, {"A.B.m", "-"}, R"(["A.B.m"])"},
       {{"A.B", "DefaultHat"}, {"A.B.m", "A.B", "-"}, R"(["A.B"])"},
       {{"DefaultHat"}, {"A.B.m", "A.B", "DefaultHat", "-"}, R"(["DefaultHat"])"},
       {{}, {"A.B.m", "A.B", "DefaultHat", "-"}, R"(["EmptyHat"])"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.listed);
-    g_fake.hats = row.hats;
+  for (const auto& [hats, changes, listed] : rows) {
+    SCOPED_TRACE(listed);
+    g_fake.hats = hats;
     g_fake.changes.clear();
     {
       HatGuard guard("A.B", "m");
-      EXPECT_EQ(row.listed, Hats());
+      EXPECT_EQ(listed, Hats());
     }
     EXPECT_EQ("[]", Hats());
-    EXPECT_EQ(row.changes, g_fake.changes);
+    EXPECT_EQ(changes, g_fake.changes);
   }
   EXPECT_TRUE(log_.Has(" AppArmor: chagehat failed [Permission denied]"));
   g_fake = {};

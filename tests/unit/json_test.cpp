@@ -75,11 +75,7 @@ TEST(JsonScan, SkipsCommentsWhereAllowed) {
 }
 
 TEST(JsonText, ParsesIntoTheTypeThatTheTextShows) {
-  const struct {
-    const char* text;
-    Json::ValueType type;
-    const char* written;
-  } rows[] = {
+  const std::tuple<const char*, Json::ValueType, const char*> rows[] = {
       {"-0", Json::intValue, "0"},
       {"-9223372036854775808", Json::intValue, "-9223372036854775808"},
       {"9223372036854775808", Json::uintValue, "9223372036854775808"},
@@ -99,12 +95,12 @@ TEST(JsonText, ParsesIntoTheTypeThatTheTextShows) {
        R"({"a":{"":[null]},"b":1,"c":true})"},
       {R"({"a":[1],"a":{"x":1},"a":{"y":2}})", Json::objectValue, R"({"a":{"y":2}})"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
+  for (const auto& [text, type, written] : rows) {
+    SCOPED_TRACE(text);
     Json::Value value;
-    ASSERT_TRUE(Parse(row.text, value));
-    EXPECT_EQ(row.type, value.type());
-    EXPECT_EQ(row.written, ToText(value));
+    ASSERT_TRUE(Parse(text, value));
+    EXPECT_EQ(type, value.type());
+    EXPECT_EQ(written, ToText(value));
   }
   const std::string zeros(400, '0');
   for (const std::string& text :

@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -14,6 +12,7 @@
 
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
+#include "unit/processes.h"
 #include "util/paths.h"
 
 namespace ORBO {
@@ -54,16 +53,8 @@ void Fail(const std::string& user, const std::string& address = kAddress) {
   NoteLoginFailure(user, address);
 }
 
-void Succeed(const std::string& user) {
-  EXPECT_EQ(0, Wait(user)) << user;
-  NoteLoginSuccess(user, kAddress);
-}
-
 class LoginThrottle : public ::testing::Test {
  protected:
-  void Configure(const std::string& lines) const { root_.Configure(lines); }
-
- private:
   WebAPIDirectory root_;
 };
 
@@ -91,11 +82,11 @@ TEST_F(LoginThrottle, WaitsGrowUntilTheLockAndFailuresAreForgotten) {
 }
 
 TEST_F(LoginThrottle, LimitsAreConfigured) {
-  Configure("login_attempts = 1\nlogin_lock_minutes = 2\n");
+  root_.Configure("login_attempts = 1\nlogin_lock_minutes = 2\n");
   Fail("ann");
   EXPECT_EQ(120, Wait("ann"));
   const LogCapture log;
-  Configure("login_attempts = 0\nlogin_lock_minutes = x\n");
+  root_.Configure("login_attempts = 0\nlogin_lock_minutes = x\n");
   Fail("bob");
   EXPECT_EQ(0, Wait("bob")) << "what is out of range counts as not set";
   EXPECT_TRUE(log.Has("login_attempts is no number from 1 to 1000") &&
@@ -103,11 +94,12 @@ TEST_F(LoginThrottle, LimitsAreConfigured) {
 }
 
 TEST_F(LoginThrottle, SuccessClearsTheUserAndNotTheAddress) {
-  Configure("login_attempts = 2\nlogin_address_attempts = 4\n");
+  root_.Configure("login_attempts = 2\nlogin_address_attempts = 4\n");
   Fail("own");
   for (const char* user : {"u1", "u2", "u3"}) {
     LetPass(30);
-    Succeed("own");
+    EXPECT_EQ(0, Wait("own"));
+    NoteLoginSuccess("own", kAddress);
     LetPass(30);
     Fail(user);
   }
@@ -116,14 +108,14 @@ TEST_F(LoginThrottle, SuccessClearsTheUserAndNotTheAddress) {
 }
 
 TEST_F(LoginThrottle, OneNetworkIsOneAddress) {
-  Configure("login_address_attempts = 1\n");
+  root_.Configure("login_address_attempts = 1\n");
   Fail("ann", "2001:db8::1");
   EXPECT_EQ(kLock, Wait("bob", "2001:db8::ffff:2"));
   EXPECT_EQ(0, Wait("bob", "2001:db8:0:1::1"));
 }
 
 TEST_F(LoginThrottle, AnAttemptThatIsNeverReportedFailed) {
-  Configure("login_attempts = 1\nlogin_address_attempts = 1\n");
+  root_.Configure("login_attempts = 1\nlogin_address_attempts = 1\n");
   EXPECT_EQ(0, Wait("ann"));
   EXPECT_EQ(kLock, Wait("ann"));
   NoteLoginAbandoned("ann", kAddress);
@@ -131,27 +123,19 @@ TEST_F(LoginThrottle, AnAttemptThatIsNeverReportedFailed) {
 }
 
 TEST_F(LoginThrottle, ProcessesThatAskAtOnceShareTheAttempts) {
-  constexpr int kChildren = 8;
-  constexpr int kAsked = 100;  // by each
-  Configure("login_attempts = 1000\nlogin_address_attempts = 100000\n");
-  for (int i = 0; i < kChildren; ++i) {
-    if (fork() == 0) {
-      int admitted = 0;
-      for (int asked = 0; asked < kAsked; ++asked) {
-        admitted += Wait("ann") == 0 ? 1 : 0;
-      }
-      _exit(admitted);
+  root_.Configure("login_attempts = 1000\nlogin_address_attempts = 100000\n");
+  const int admitted = SumOfProcesses(8, [](int /*number*/) {
+    int count = 0;
+    for (int asked = 0; asked < 100; ++asked) {
+      count += Wait("ann") == 0 ? 1 : 0;
     }
-  }
-  int admitted = 0;
-  for (int status = 0; wait(&status) > 0;) {
-    admitted += WIFEXITED(status) ? WEXITSTATUS(status) : 1000;
-  }
+    return count;
+  });
   EXPECT_EQ(501, admitted) << "the free half and the one that is followed by a wait";
 }
 
 TEST_F(LoginThrottle, ARestartDoesNotLockForLonger) {
-  Configure("login_attempts = 1\n");
+  root_.Configure("login_attempts = 1\n");
   Fail("ann");
   LetPass(-1000000);
   EXPECT_EQ(kLock, Wait("ann"));
@@ -168,7 +152,7 @@ TEST_F(LoginThrottle, NobodyMayTryWithoutCounters) {
 }
 
 TEST_F(LoginThrottle, ManyNamesDoNotFillTheDisk) {
-  Configure("login_address_attempts = 100000\n");
+  root_.Configure("login_address_attempts = 100000\n");
   for (int i = 0; i < 3000; ++i) {
     SecondsUntilLogin("name" + std::to_string(i), "198.51.100." + std::to_string(i % 250));
   }

@@ -8,12 +8,12 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "unit/LogCapture.h"
 #include "unit/WebAPIDirectory.h"
 #include "util/paths.h"
+#include "util/read_file.h"
 
 namespace ORBO {
 namespace {
@@ -24,11 +24,6 @@ constexpr char kAddress[] = "192.0.2.1";
 constexpr char kPassword[] = "correct horse";
 
 std::string PasswordFile() { return RootedPath("/etc/orbo/passwords"); }
-
-std::string ReadText(const std::string& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 PasswordResult Check(const std::string& user, const std::string& password) {
   return CheckPassword(user, password, kAddress);
@@ -56,44 +51,34 @@ class PasswordCheck : public ::testing::Test {
 };
 
 TEST(UserName, HasAForm) {
+  const std::string longest(256, 'x');
   for (const std::string& name : {std::string("DOMAIN\\ann"), std::string("ann@example.com"),
-                                  std::string("\xC3\xA9milie smith"), std::string(256, 'x')}) {
+                                  "\xC3\xA9milie " + longest.substr(9)}) {
     EXPECT_TRUE(IsUserName(name)) << name;
   }
-  for (const std::string& name :
-       {std::string(257, 'x'), std::string(), std::string("a:b"), std::string("../ann"),
-        std::string("ann\n"), std::string("ann\0", 4), std::string("ann\x7f"), std::string(" ann"),
-        std::string("ann "), std::string("#ann"), std::string("\xC3(")}) {
+  for (const char* name :
+       {"", "a:b", "../ann", "ann\n", "ann\x7f", " ann", "ann ", "#ann", "\xC3("}) {
     EXPECT_FALSE(IsUserName(name)) << name;
   }
+  EXPECT_FALSE(IsUserName(longest + "x") || IsUserName(std::string("ann\0", 4)));
 }
 
 TEST_F(PasswordCheck, FileAcceptsTheRightPasswordAlone) {
   ASSERT_TRUE(SetFilePassword("ann", kPassword));
-  const struct {
-    const char* name;
-    std::string user;
-    std::string password;
-    PasswordResult result;
-  } rows[] = {
-      {"right", "ann", kPassword, PasswordResult::kAccepted},
-      {"continued", "ann", std::string(kPassword) + "x", PasswordResult::kRefused},
-      {"cut by NUL", "ann", std::string(kPassword) + std::string("\0x", 2),
-       PasswordResult::kRefused},
-      {"empty", "ann", "", PasswordResult::kRefused},
-      {"too long", "ann", std::string(600, 'x'), PasswordResult::kRefused},
-      {"user with hash", "ann:x", kPassword, PasswordResult::kRefused},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(row.result, Check(row.user, row.password));
+  EXPECT_EQ(PasswordResult::kAccepted, Check("ann", kPassword));
+  EXPECT_EQ(PasswordResult::kRefused, Check("ann:x", kPassword)) << "user with hash";
+  const std::string right = kPassword;
+  for (const std::string& wrong :
+       {right + "x", right + std::string("\0x", 2), std::string(), std::string(600, 'x')}) {
+    EXPECT_EQ(PasswordResult::kRefused, Check("ann", wrong)) << wrong;
   }
 }
 
 TEST_F(PasswordCheck, FileIsReplacedWholeAndPrivate) {
   Write("/etc/orbo/passwords", "# people\nann:*:x\nbob:!\nann:$y$old", 0640);
   ASSERT_TRUE(SetFilePassword("ann", kPassword));
-  const std::string text = ReadText(PasswordFile());
+  std::string text;
+  EXPECT_TRUE(ReadWholeFile(PasswordFile(), text));
   EXPECT_EQ(0U, text.find("# people\nbob:!\nann:$y$j9T$")) << text;
   EXPECT_EQ(std::string::npos, text.find(kPassword));
   struct stat status {};
@@ -101,7 +86,8 @@ TEST_F(PasswordCheck, FileIsReplacedWholeAndPrivate) {
   EXPECT_EQ(0640U, status.st_mode & 07777U);
 
   ASSERT_TRUE(SetFilePassword("ann", ""));
-  EXPECT_EQ("# people\nbob:!\n", ReadText(PasswordFile()));
+  EXPECT_TRUE(ReadWholeFile(PasswordFile(), text));
+  EXPECT_EQ("# people\nbob:!\n", text);
   EXPECT_FALSE(SetFilePassword("ann", ""));
   EXPECT_EQ(ENOENT, errno);
   EXPECT_FALSE(SetFilePassword("a:b", kPassword));
@@ -161,26 +147,19 @@ TEST_F(PasswordCheck, ServiceDecides) {
         "#!/bin/sh\n[ \"$PAM_USER $PAM_RHOST\" = \"ann 192.0.2.1\" ] && grep -qxz right\n", 0755);
   const std::string ask =
       "auth required pam_exec.so quiet expose_authtok " + RootedPath("/bin/check") + "\n";
-  const struct {
-    const char* name;
-    std::string service;
-    const char* user;
-    const char* password;
-    PasswordResult result;
-  } rows[] = {
-      {"right", ask + "account required pam_permit.so\n", "ann", "right",
-       PasswordResult::kAccepted},
-      {"wrong", ask + "account required pam_permit.so\n", "ann", "wrong", PasswordResult::kRefused},
-      {"another user", ask + "account required pam_permit.so\n", "bob", "right",
-       PasswordResult::kRefused},
+  const std::string open = ask + "account required pam_permit.so\n";
+  const std::tuple<const char*, std::string, const char*, const char*, PasswordResult> rows[] = {
+      {"right", open, "ann", "right", PasswordResult::kAccepted},
+      {"wrong", open, "ann", "wrong", PasswordResult::kRefused},
+      {"another user", open, "bob", "right", PasswordResult::kRefused},
       {"locked account", ask + "account required pam_deny.so\n", "ann", "right",
        PasswordResult::kRefused},
       {"missing module", "auth required absent.so\n", "ann", "right", PasswordResult::kUnavailable},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    Write("/etc/pam.d/webapi", row.service, 0644);
-    EXPECT_EQ(row.result, Check(row.user, row.password));
+  for (const auto& [name, service, user, password, result] : rows) {
+    SCOPED_TRACE(name);
+    Write("/etc/pam.d/webapi", service, 0644);
+    EXPECT_EQ(result, Check(user, password));
   }
   Write("/etc/orbo/platform.conf", "auth=pma\n", 0644);
   EXPECT_EQ(PasswordResult::kUnavailable, Check("ann", "right"));

@@ -1,9 +1,6 @@
 #include "request/user_agent.h"
 
 #include <gtest/gtest.h>
-#include <webapi/APIRequest.h>
-
-#include "unit/json.h"
 
 namespace ORBO {
 namespace {
@@ -41,13 +38,6 @@ TEST(UserAgent, IsClassified) {
   EXPECT_EQ("", Letters(ClassifyUserAgent(desktop, false, false)));
   EXPECT_EQ("me", Letters(ClassifyUserAgent(desktop, true, false)));
   EXPECT_EQ("me", Letters(ClassifyUserAgent(desktop, false, true)));
-}
-
-TEST(UserAgent, QueriesAnswerFalse) {
-  APIRequest request(FromText(R"({"environ":{"HTTP_USER_AGENT":"iPad AppleWebKit BlackBerry"}})"));
-  EXPECT_FALSE(request.IsMobile() || request.IsIPhone() || request.IsAndroid() ||
-               request.IsIEMobile() || request.IsIPad() || request.IsPlayBook() ||
-               request.IsBlackBerry6() || request.IsWebKit() || request.IsSupportWebApp());
 }
 
 }  // namespace

@@ -56,17 +56,12 @@ TEST_F(Explain, NamesTheStepAndTheRuleThatDecide) {
        "user class passes - normal.local, allowUser is "
        "[\"normal.local\"]: DIR/ORBO.Test.lib:5",
        "refuses it.\n"},
-      {"Good gone", "handler refuses 121 ",
-       "error 121: the method is missing from the handler's "
-       "table.\n"},
       {"Good ecko",
        "method refuses 103 not in a list of version 1 at DIR/ORBO.Test.lib:4; did you "
        "mean \"echo\"?",
        "not listed for this version.\n"},
-      {"Good echo --upload", "upload refuses 115 ", "error 115: uploads are not allowed.\n"},
       {"Own list --version 3", "version refuses 104 the range is 1 to 2: DIR/ORBO.Test.lib:6",
        "out of range.\n"},
-      {"Own list --version 1", "session refuses 119 ", "error 119: not authenticated.\n"},
       {"Own list --version 1 --user ben",
        "privilege refuses 105 \"ORBO.P\", from an unknown "
        "address: DIR/ORBO.Test.lib:7",

@@ -107,19 +107,6 @@ TEST_F(CgiProgram, ReadsNoMoreThanTheLengthAndNoMoreThanThereIs) {
   }
 }
 
-TEST_F(CgiProgram, TakesSessionAndTokenFromParameters) {
-  const auto facts = [](const std::string& parameters, const std::string& environment) {
-    const std::string answer = Get(Probe("facts", parameters), environment);
-    return answer.substr(answer.find("{\"data\""));
-  };
-  const std::string rest = R"(,"method":1,"token":)";
-  EXPECT_EQ(facts("_sid=S&tid=T", "'HTTP_COOKIE=first=1; id=OLD' orboAccessToken=held"),
-            Success(R"({"cookie_line":"first=1; abandoned=OLD; id=S","cookies":"1,none,S")" + rest +
-                    R"("held","url":"https://box"})"));
-  EXPECT_EQ(facts("tid=T", ""), Success(R"({"cookie_line":"unset","cookies":"none,none,")" + rest +
-                                        R"("T","url":"https://box"})"));
-}
-
 }  // namespace
 
 }  // namespace e2e

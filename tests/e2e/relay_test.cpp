@@ -67,26 +67,22 @@ class Relay : public ServerTest {
     fs::remove_all(other().root().path() + "/etc/orbo");
   }
 
-  // An access token for ada at that server.
-  static std::string Token(const WebServer& box) {
-    static std::map<std::string, std::string> tokens;
-    std::string& token = tokens[box.root().path()];
-    if (token.empty()) {
-      token = Shell("WEBAPI_ROOT=" + box.root().path() +
-                    " " E2E_COMMAND
-                    " token create ada --api ORBO.Test.Probe --api ORBO.Test.Permission:who"
-                    " --api ORBO.Example.Share");
-    }
+  // An access token for ada at the other server.
+  static std::string Token() {
+    static const std::string token =
+        Shell("WEBAPI_ROOT=" + other().root().path() +
+              " " E2E_COMMAND
+              " token create ada --api ORBO.Test.Probe --api ORBO.Test.Permission:who"
+              " --api ORBO.Example.Share");
     return token;
   }
-  // Makes the target 1 of `box`.
-  static void Target(const std::string& url, const std::string& lines = "",
-                     const WebServer& box = server(), const WebServer& at = other()) {
-    const std::string path = box.root().path() + "/etc/orbo/relay.d/1";
-    std::ofstream(path) << "url=" << url << "\ntoken=" << Token(at) << "\n" << lines;
+  // Makes the target 1.
+  static void Target(const std::string& url, const std::string& lines = "") {
+    const std::string path = Path("/etc/orbo/relay.d/1");
+    std::ofstream(path) << "url=" << url << "\ntoken=" << Token() << "\n" << lines;
     chmod(path.c_str(), 0640);
-    box.root().HandOver();
-    at.root().HandOver();
+    server().root().HandOver();
+    other().root().HandOver();
   }
   std::string Send(const std::string& query) const {
     return server().Get(query + "&relay_ds=1&_sid=" + admin_).body;
@@ -117,7 +113,7 @@ TEST_P(Relay, CallsAreMadeAtTheOtherServer) {
   EXPECT_EQ(Send(Probe("echo", params)),
             Success(R"({"a":10,"b":"10","c":"x y&","d":[1,{"e":null}],"f":"null","g":1.0,"h":"",)"
                     R"("i":"\"x\"","tid":")" +
-                    Token(other()) + "\"}"));
+                    Token() + "\"}"));
   EXPECT_NE(Send(kWho).find("\"user\":\"ada\""), std::string::npos);
   // Errors of the other server: its token is not for this method, there is no such file.
   EXPECT_EQ(Send("api=ORBO.Test.Permission&version=1&method=own"), Failure(119));
@@ -163,7 +159,7 @@ TEST_P(Relay, WhoMayNotRelayDoesNotReachTheTarget) {
 TEST_P(Relay, NothingOfTheCallersGoesAlong) {
   HostileServer target({Answer(kDone)});
   Target("http://" + target.Host() + "/x?y=1");
-  const std::string token = Token(other());
+  const std::string token = Token();
   const std::string head =
       " HTTP/1.1\r\nHost: " + target.Host() + "\r\nAccept: */*\r\nX-Webapi-Relay-Hops: 1\r\n";
   const std::string file =
@@ -259,24 +255,20 @@ TEST_P(Relay, OnlyTheRightServerIsTrusted) {
     SCOPED_TRACE(row.url + " " + row.lines);
     Target(row.url, row.lines);
     EXPECT_EQ(Send(Probe("echo")),
-              row.error == 0 ? Success("{\"tid\":\"" + Token(other()) + "\"}") : Failure(109));
+              row.error == 0 ? Success("{\"tid\":\"" + Token() + "\"}") : Failure(109));
     EXPECT_EQ(TestResult(), row.error);
   }
-  EXPECT_EQ(Run("relay list --json").find(Token(other())), std::string::npos);
+  EXPECT_EQ(Run("relay list --json").find(Token()), std::string::npos);
   // Nor does a use of the same library before spoil the check.
   Target(good, ca);
   const std::string call = Probe("echo", "relay_ds=1&_sid=" + admin_);
   const std::string sealed = Run("encrypt '" + call + "'");
   server().root().HandOver();
-  EXPECT_EQ(server().Get(sealed).body, Success("{\"tid\":\"" + Token(other()) + "\"}"));
+  EXPECT_EQ(server().Get(sealed).body, Success("{\"tid\":\"" + Token() + "\"}"));
 }
 
 TEST_P(Relay, ServersThatDoNotBehaveAreAFailure) {
   const std::string page = kHead + std::string("\r\n");
-  std::string fields;
-  for (int field = 0; field < 8; ++field) {
-    fields += "X: " + std::string(50000, 'x') + "\r\n";
-  }
   const std::string elsewhere = "\r\nLocation: http://" + Entry(other().Host()) + "\r\n\r\n";
   const struct {
     std::string name;
@@ -288,15 +280,11 @@ TEST_P(Relay, ServersThatDoNotBehaveAreAFailure) {
       {"hangs up", {""}, 52},
       {"garbage", {"\x16\x03\x01garbage\r\n\r\n"}, 1},
       {"page", {page + "<script>alert(1)</script>"}, 8},
-      {"text", {page + "\"success\""}, 8},
       {"two answers", {page + kDone + kDone}, 8},
       {"other object", {page + "{\"success\":\"true\"}"}, 8},
-      {"error page", {"HTTP/1.1 500 X\r\n\r\n{}"}, 22},
       {"redirect", {"HTTP/1.1 307 X" + elsewhere}, 22},
-      {"half", {kHead + std::string("Content-Length: 90\r\n\r\n") + kDone}, 18},
       {"announced", {kHead + std::string("Content-Length: 2147483648\r\n\r\n"), 1}, 63},
       {"endless", {page + std::string(1 << 20, ' '), 2048}, 63},
-      {"large header", {page.substr(0, page.size() - 2) + fields + "\r\n" + kDone}, 56},
       {"bad chunks", {kHead + std::string("Transfer-Encoding: chunked\r\n\r\nzz\r\n{}")}, 56},
       {"compressed", {kHead + std::string("Content-Encoding: gzip\r\n\r\n\x1f\x8b\x08")}, 8},
       {"NUL", {page + "{\"success\":true,\"a\":\"" + '\0' + "\"}"}, 8},
@@ -327,18 +315,6 @@ TEST_P(Relay, ServersThatDoNotBehaveAreAFailure) {
   EXPECT_EQ(refusing.requests.size(), 2U);
   Target("http://" + refusing.Host(), "max_answer_size=9\n");
   EXPECT_EQ(Send(Probe("echo")), Failure(109));
-}
-
-TEST_P(Relay, CirclesEnd) {
-  Target("http://" + Entry(other().Host()) + "?relay_ds=1");
-  Target("http://" + Entry(server().Host()) + "?relay_ds=1", "", other(), server());
-  const std::string log = other().root().path() + "/run/access.log";
-  const std::string logs = Path("/run/access.log ") + log;
-  // No token has come in a URL.
-  EXPECT_EQ(Shell("grep -c 't1[.]' " + log + "; truncate -s 0 " + logs), "0");
-  EXPECT_EQ(Send(kWho), Failure(109));
-  const std::string count = "cat " + logs + " | grep -c 'entry.cgi?relay_ds=1 '; :";
-  EXPECT_TRUE(WaitUntil([&] { return Shell(count) == "4"; }, kLimit));
 }
 
 }  // namespace

@@ -58,14 +58,5 @@ TEST_F(Call, ListsWhatTheLoaderTakes) {
   EXPECT_EQ(Run("list ORBO.Broken").exit_code, 1);
 }
 
-TEST_F(Call, ColoursTheAnswerOnATerminal) {
-  Describe();
-  const std::string typed =
-      "'" TOOLS_COMMAND " call ORBO.Entry.Request request compound=[5]' /dev/null";
-  const std::string shown = Run("-qec " + typed, "", "script").output;
-  EXPECT_THAT(shown, HasSubstr("\n  \x1b[34m\"httpd_restart\"\x1b[0m: \x1b[35mfalse\x1b[0m"));
-  EXPECT_THAT(shown, HasSubstr("\n      {\r\n        \x1b[34m\"error\""));
-}
-
 }  // namespace
 }  // namespace tools

@@ -33,7 +33,6 @@ class Explain : public CommandTest {
   "appPriv": "ORBO.P",
   "allowUser": ["normal.local"]},
 "ORBO.Test.Bad": {"minVersion": 1}})";
-    std::ofstream(directory + "ORBO.Test.Torn.lib") << "{\n";
   }
 };
 
@@ -49,7 +48,6 @@ TEST_F(Explain, NamesTheStepAndTheRuleThatDecide) {
        "user class ignored 105 normal.local, allowUser is "
        "[\"admin.local\"]: the default of lib.def",
        "refuses it.\n"},
-      {"Good echo --user boss", "check depends - the library's common check", "refuses it.\n"},
       {"Good echo",
        "check depends - the library's common check function judges the request, and "
        "sees error 119",
@@ -58,19 +56,12 @@ TEST_F(Explain, NamesTheStepAndTheRuleThatDecide) {
        "user class passes - normal.local, allowUser is "
        "[\"normal.local\"]: DIR/ORBO.Test.lib:5",
        "refuses it.\n"},
-      {"Good checked --user ben", "check depends - the method's own check", "refuses it.\n"},
-      {"Good gone", "handler refuses 121 ",
-       "error 121: the method is missing from the handler's "
-       "table.\n"},
       {"Good ecko",
        "method refuses 103 not in a list of version 1 at DIR/ORBO.Test.lib:4; did you "
        "mean \"echo\"?",
        "not listed for this version.\n"},
-      {"Good echo --upload", "upload refuses 115 ", "error 115: uploads are not allowed.\n"},
       {"Own list --version 3", "version refuses 104 the range is 1 to 2: DIR/ORBO.Test.lib:6",
        "out of range.\n"},
-      {"Own list", "method refuses 103 ", "for this version.\n"},
-      {"Own list --version 1", "session refuses 119 ", "error 119: not authenticated.\n"},
       {"Own list --version 1 --user ben",
        "privilege refuses 105 \"ORBO.P\", from an unknown "
        "address: DIR/ORBO.Test.lib:7",
@@ -83,16 +74,12 @@ TEST_F(Explain, NamesTheStepAndTheRuleThatDecide) {
        "description refuses 102 DIR/ORBO.Test.lib:9: the loader leaves this API out: "
        "\"lib\" is missing",
        "error 102: the API is not described.\n"},
-      {"Torn.X get", "description refuses 102 DIR/ORBO.Test.Torn.lib:2:1: a name", "described.\n"},
       {"None get", "description refuses 102 DIR/ORBO.Test.lib does not describe it",
        "described.\n"},
-      {"'' ''", "request refuses 101 ", "error 101: the request cannot be used.\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.arguments);
-    const bool is_named = row.arguments[0] != '\'';
-    const Result result =
-        Run(std::string("explain ") + (is_named ? "ORBO.Test." : "") + row.arguments);
+    const Result result = Run(std::string("explain ORBO.Test.") + row.arguments);
     std::string steps = result.output;
     const std::string directory = root() + "/usr/orbo/orboman/webapi";
     for (std::size_t at = 0; (at = steps.find("  ")) != std::string::npos;) {

@@ -36,7 +36,6 @@ TEST_F(Keys, EncryptTakesAKeyOfThisSystemOrOfAnother) {
   std::string spki =
       "MFkwEwYHKoZIzj0CAQYIKoZIzj0DAQcDQgAEb_A7lJJBzh2t1DUZ5pYOCoW0GmmgXDKBA6orzhWUyhY8T3U6Vb8B"
       "3FP2wLDH7ueLQMb_fSWpbiKCuYnO9xwUSg";
-  EXPECT_THAT(Output("encrypt --spki " + spki + " a=1"), HasSubstr(other));
   std::replace(spki.begin(), spki.end(), '_', '/');
   EXPECT_THAT(Output("encrypt --spki " + spki + "== a=1"), HasSubstr(other));
   std::ofstream(root() + "/key") << "-----BEGIN PUBLIC KEY-----\n"
@@ -54,9 +53,7 @@ TEST_F(Keys, WhatCannotBeDoneIsSaid) {
   } rows[] = {
       {"encrypt --form rot13 a=1", 2, "not a form: rot13"},
       {"encrypt --spki x --key-file text a=1", 2, "exclude each other"},
-      {"encrypt --spki x a=1", 1, "no public key"},
       {"encrypt --key-file text a=1", 1, "no key on the curve P-256 in PEM: text"},
-      {"encrypt --key-file none a=1", 1, "cannot read none: No such file"},
       {"encrypt a=1 > /dev/full", 1, "cannot write"},
   };
   for (const auto& row : rows) {

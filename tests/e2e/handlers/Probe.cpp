@@ -1,7 +1,5 @@
 // Methods that show what reaches a handler, and handlers that misbehave.
 
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <webapi/APIAuth.h>
@@ -9,7 +7,6 @@
 #include <webapi/APIPolling.h>
 #include <webapi/APIRequest.h>
 #include <webapi/APIResponse.h>
-#include <webapi/APIRunner.h>
 #include <webapi/APITable.h>
 #include <webapi/APIUpload.h>
 
@@ -42,17 +39,6 @@ void Echo(APIRequest* request, APIResponse* response) {
   for (const char* name : {"api", "version", "method"}) {
     data.removeMember(name);
   }
-  response->SetSuccess(data);
-}
-
-void Facts(APIRequest* request, APIResponse* response) {
-  Json::Value data(Json::objectValue);
-  data["method"] = request->GetRequestMethod();
-  data["url"] = request->GetURLProto("none") + "://" + request->GetURLHost("none");
-  data["cookies"] = request->GetCookie("first", "none") + "," +
-                    request->GetCookie("second", "none") + "," + request->GetSessionID();
-  data["cookie_line"] = Variable("HTTP_COOKIE");
-  data["token"] = Variable("orboAccessToken");
   response->SetSuccess(data);
 }
 
@@ -90,34 +76,6 @@ void Throws(APIRequest*, APIResponse* response) {
 void Noise(APIRequest*, APIResponse* response) {
   std::cout << "NOISE\r\n\r\nNOISE" << std::flush;
   response->SetSuccess(std::cin.get());
-}
-
-// What belongs to the whole process and to no call alone.
-std::string ProcessState() {
-  char directory[4096] = {};
-  char task_name[17] = {};
-  prctl(PR_GET_NAME, task_name);
-  std::ostringstream state;
-  state << (getcwd(directory, sizeof directory) == nullptr ? "" : directory) << ' ' << task_name
-        << ' ' << getpriority(PRIO_PROCESS, 0) << ' ' << static_cast<void*>(std::cin.rdbuf()) << ' '
-        << static_cast<void*>(std::cout.rdbuf()) << ' ' << Variable("HTTP_COOKIE") << ' '
-        << Variable("APPARMOR_HAT_ARRAY");
-  return state.str();
-}
-
-// Calls a method of another library in this process, and one that there is not.
-void Inside(APIRequest*, APIResponse* response) {
-  const std::string before = ProcessState();
-  Json::Value data(Json::objectValue);
-  Json::Value params(Json::objectValue);
-  params["name"] = "Ada";
-  for (const char* method : {"hello", "none"}) {
-    Json::Value body;
-    ORBO::APIRunner::Exec(body, "ORBO.Example.Greeting", 1, method, params, "ben");
-    data[method] = body;
-    data["restored"].append(before == ProcessState());
-  }
-  response->SetSuccess(data);
 }
 
 void Redirect(APIRequest* request, APIResponse* response) {
@@ -300,13 +258,12 @@ constexpr char kPrivileged[] = "ORBO.Test.Permission.Privileged";
 
 std::vector<ORBO::_tag_API_TABLE> Methods() {
   std::vector<ORBO::_tag_API_TABLE> rows = {
-      {kProbe, 1, "echo", Echo},         {kProbe, 1, "facts", Facts},
-      {kProbe, 1, "trusted", Trusted},   {kProbe, 1, "throws", Throws},
-      {kProbe, 1, "noise", Noise},       {kProbe, 1, "redirect", Redirect},
-      {kProbe, 1, "header", Header},     {kProbe, 1, "cookies", Cookies},
-      {kProbe, 1, "later", Later},       {kProbe, 1, "upload", Upload},
-      {kProbe, 1, "large", Large},       {kProbe, 1, "deferred", Deferred},
-      {kProbe, 1, "inside", Inside},     {"ORBO.Test.Open", 1, "echo", Echo},
+      {kProbe, 1, "echo", Echo},         {kProbe, 1, "trusted", Trusted},
+      {kProbe, 1, "throws", Throws},     {kProbe, 1, "noise", Noise},
+      {kProbe, 1, "redirect", Redirect}, {kProbe, 1, "header", Header},
+      {kProbe, 1, "cookies", Cookies},   {kProbe, 1, "later", Later},
+      {kProbe, 1, "upload", Upload},     {kProbe, 1, "large", Large},
+      {kProbe, 1, "deferred", Deferred}, {"ORBO.Test.Open", 1, "echo", Echo},
       {kProbe, 1, "download", Download}, {kProbe, 1, "closed", Download},
       {kFree, 1, "touch", Touch},        {kPermission, 1, "work", Work},
       {kProbe, 1, "leave", Leave},       {kProbe, 1, "hang", Hang},

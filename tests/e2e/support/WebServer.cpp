@@ -230,8 +230,8 @@ HttpResponse WebServer::SendRaw(const std::string& request, AfterRequest after,
 
 // The older protocol version, so that no answer comes in chunks.
 HttpResponse WebServer::Send(const std::string& method, const std::string& target,
-                             const std::vector<std::string>& headers, const std::string& body,
-                             const Watch& watch) const {
+                             const std::vector<std::string>& headers,
+                             const std::string& body) const {
   std::string request = method + " " + target + " HTTP/1.0\r\nHost: " + Host() + "\r\n";
   for (const std::string& line : headers) {
     request += line + "\r\n";
@@ -239,7 +239,7 @@ HttpResponse WebServer::Send(const std::string& method, const std::string& targe
   if (method == "POST") {
     request += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   }
-  return SendRaw(request + "\r\n" + body, AfterRequest::kListen, watch);
+  return SendRaw(request + "\r\n" + body);
 }
 
 HttpResponse WebServer::Get(const std::string& query,

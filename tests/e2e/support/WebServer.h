@@ -52,7 +52,7 @@ class WebServer {
   // `target` as in the request line; `headers` are whole lines.
   HttpResponse Send(const std::string& method, const std::string& target,
                     const std::vector<std::string>& headers = {},
-                    const std::string& body = std::string(), const Watch& watch = nullptr) const;
+                    const std::string& body = std::string()) const;
   // Calls through the program; `query` and `form` are parameter lines.
   HttpResponse Get(const std::string& query, const std::vector<std::string>& headers = {}) const;
   HttpResponse Post(const std::string& query, const std::string& form) const;

@@ -134,7 +134,19 @@ TEST_F(Descriptions, ALaterFileReplacesAnEntryWhole) {
 }
 
 TEST_F(Descriptions, MethodAttributesFollowTheListing) {
+  const char* const kDefaults = R"({"allowDemo":true,"allowUpload":true})";
+  const std::pair<const char*, const char*> rows[] = {
+      {"get", kDefaults},    {"set", R"({"allowUpload":false,"level":7})"},
+      {"none", "{}"},        {"b", R"({"q":2})"},  // first in name order stands for the element
+      {"z", kDefaults},      {"odd", "5"},
+      {"absent", kDefaults}, {"null", "null"},
+  };
   APIRunner runner;
+  for (const auto& [method, expected] : rows) {
+    EXPECT_EQ(FromText(expected), runner.GetMethod("ORBO.A", 1, method)) << method;
+  }
+  EXPECT_TRUE(runner.GetMethodAttr("ORBO.A", 1, "get", "allowUpload"));
+  EXPECT_FALSE(runner.GetMethodAttr("ORBO.A", 1, "none", "allowUpload"));
   EXPECT_TRUE(runner.GetMethodAttr("ORBO.A", 1, "odd", "allowUpload"));
   EXPECT_FALSE(runner.GetMethodAttr("ORBO.A", 1, "null", "allowUpload"));
   // What is no number there is grants nothing.

@@ -32,10 +32,23 @@ struct UsageCounter : testing::Test {
   const std::string file = spool + "/A.B.C.json";
 };
 
+TEST_F(UsageCounter, TheAPINamesTheFile) {
+  for (const std::string rest : {"", ".D", ".D.E", ".D.E.F"}) {
+    EXPECT_TRUE(CountCall(spool, "A.B.C" + rest, "list", 1));
+    const std::string counter = "\"A.B.C" + rest + "_1_list\"";
+    std::string text;
+    ReadWholeFile(spool + "/A.B.C" + rest.substr(0, 2) + ".json", text);
+    EXPECT_NE(text.find(counter), std::string::npos) << text;
+  }
+  EXPECT_FALSE(CountCall(spool, "../A", "list", 1));
+}
+
 TEST_F(UsageCounter, LinksDraftsAndFailuresCostNoMoreThanTheCount) {
   directory.Write("victim", R"({"A.B.C_1_list":{"count":5,"ctime":5}})");
   ASSERT_TRUE(Count());
   EXPECT_EQ(fs::perms::owner_all, fs::status(spool).permissions());
+  std::ofstream(file) << R"({"A.B.C_1_list":{"ctime":5,"count":41}})";
+  EXPECT_TRUE(Count() && Counter()["count"] == 42 && Counter()["ctime"] == 5);
   std::ofstream(file) << R"({"A.B.C_1_list":{"ctime":5,"count":1}})" << std::string(1 << 20, ' ');
   EXPECT_TRUE(Count() && Counter()["count"] == 1) << "too large";
   fs::remove(file);

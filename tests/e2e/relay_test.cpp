@@ -54,7 +54,7 @@ class Relay : public ServerTest {
     for (const WebServer* const box : {&server(), &other()}) {
       const std::string etc = box->root().path() + "/etc/orbo";
       fs::create_directories(etc + "/relay.d");
-      std::ofstream(etc + "/platform.conf") << "administrators=ada\n";
+      std::ofstream(etc + "/platform.conf") << "administrators=ada\nvolumes=/var/lib/orbo\n";
       fs::copy(Certificates() + "/ca.pem", etc);
       fs::copy(Certificates() + "/other.pem", etc);
     }

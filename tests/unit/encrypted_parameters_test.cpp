@@ -103,6 +103,36 @@ TEST_F(EncryptedParameters, KnownTextsOpenOnceWithinFiveMinutes) {
   }
 }
 
+TEST_F(EncryptedParameters, KeysOnTheWayAreThoseOfTheDocument) {
+  const CryptoModule* const crypto = OpenCryptoModule();
+  ASSERT_NE(nullptr, crypto);
+  const auto hex = [](const std::string& bytes) {
+    std::string text;
+    for (const unsigned char byte : bytes) {
+      text += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
+    }
+    return text;
+  };
+  std::string key;
+  const std::string_view rows[][3] = {
+      {kSealedLine, "eb459a6b30d70eb4c0ddcd34ea96ed59e8f8d1843c22dd895ab603aa13d9a81d",
+       "437bf7644a05f1a5e6e64906fd7466a4e16bbc60bf02faab566275803e9e2394"},
+      {kSealedKeyText, "aab80471e6c4b18c8dbad2771efbfc57dcf5decdda46760b8a4be3bdf5f73159",
+       "429deb94ff2a2489385a8bdf3bfe358fb368dcf12ec6822874163f5f67bbd387"}};
+  for (const auto& [sealed, secret, message_key] : rows) {
+    std::string point;
+    std::string agreed;
+    ASSERT_TRUE(DecodeBase64Url(sealed.substr(20), point));
+    point.resize(kPointSize);
+    EXPECT_TRUE(crypto->agree(kPem, point, agreed));
+    EXPECT_EQ(secret, hex(agreed));
+    EXPECT_TRUE(DeriveMessageKey(*crypto, {kPem, point, point, kId}, sealed.substr(0, 2), key));
+    EXPECT_EQ(message_key, hex(key));
+  }
+  EXPECT_TRUE(DerivePairKey(*crypto, kKeyText, key));
+  EXPECT_EQ("c184dbb57fd634d3c12bee791d112cbf274070560d68c01e20eeeaf36aa712cf", hex(key));
+}
+
 TEST_F(EncryptedParameters, AnyOtherTextIsRefused) {
   for (const std::string sealed : {kSealedLine, kSealedKeyText, kLineByKeyText}) {
     for (std::size_t i = 0; i < sealed.size(); ++i) {
